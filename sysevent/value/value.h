@@ -1,0 +1,146 @@
+// Value: the engine's typed value. A subtype selects one member of the payload
+// record Data; errors are values too (five error subtypes) and flow through
+// the graph like any other value. Value has plain value semantics.
+//
+// The subtype numbers are fixed: they travel in the marshalled form and inside
+// the engine's error codes (errToXCode).
+#pragma once
+
+#include <cstdint>
+
+#include "host/clock.h"
+#include "host/marshaller.h"
+#include "host/string.h"
+#include "host/time.h"
+#include "host/xcode.h"
+
+namespace VX::SysEvent {
+
+enum DataSubType : int {
+    DST_UNDEF = 0,
+    DST_EMPTY = 1,
+    DST_BOOL = 2,
+    DST_UINT = 3,  // unsigned 64-bit integer
+    DST_FLP = 4,   // double
+    DST_ABS_DATE_TIME = 5,
+    DST_ABS_DATE = 6,  // midnight of its date
+    DST_ABS_TIME = 7,  // a time of day on 1970-01-01
+    DST_REL_TIME = 8,  // a duration
+    DST_STRING = 9,
+    DST_ERR_DIV0 = 10,    // "#DIV/0!"
+    DST_ERR_NA = 11,      // "#N/A!"
+    DST_ERR_NUM = 12,     // "#NUM!"
+    DST_ERR_VAL = 13,     // "#VAL!"
+    DST_ERR_GENERIC = 14  // "#ERR!"
+};
+
+enum DataType : int {
+    DT_UNDEF = 0,
+    DT_EMPTY = 1,
+    DT_BOOL = 2,
+    DT_NUMBER = 3,
+    DT_TIME = 4,
+    DT_STRING = 5,
+    DT_ERROR = 6
+};
+
+// The engine's result codes for value-level errors: ENGINE_ERROR_BASE plus the
+// error subtype. The graph turns such a code back into the error value.
+constexpr uint32_t ENGINE_ERROR_BASE = 0x16000000;
+XCode errToXCode(DataSubType st);
+
+// The payload. Only the member named by the owning value's subtype is
+// meaningful; default construction zeroes every member.
+struct Data {
+    bool boolean = false;
+    unsigned long long uint = 0;
+    double flp = 0.0;
+    VX::Time time;
+    String string;
+
+    Data() = default;
+    explicit Data(bool b) : boolean(b) {}
+    explicit Data(unsigned long long u) : uint(u) {}
+    explicit Data(double d) : flp(d) {}
+    explicit Data(const VX::Time& t) : time(t) {}
+    explicit Data(const VX::Clock& c) : time(c.toTime()) {}
+    explicit Data(const String& s) : string(s) {}
+    explicit Data(const char* s) : string(s) {}
+};
+
+class Value : public VXMarshallable {
+public:
+    DataSubType subtype = DST_UNDEF;
+    Data data;
+
+    Value() = default;
+    explicit Value(DataSubType st) : subtype(st) {}
+    explicit Value(bool b) : subtype(DST_BOOL), data(b) {}
+    explicit Value(unsigned long long u) : subtype(DST_UINT), data(u) {}
+    explicit Value(double d) : subtype(DST_FLP), data(d) {}
+    Value(const VX::Time& t, DataSubType st) : subtype(st), data(t) {}
+    Value(const VX::Clock& c, DataSubType st) : subtype(st), data(c) {}
+    explicit Value(const String& s) : subtype(DST_STRING), data(s) {}
+    explicit Value(const char* s) : subtype(DST_STRING), data(s) {}
+    Value(const Value&) = default;
+    Value(Value&&) noexcept = default;
+    Value& operator=(const Value&) = default;
+    Value& operator=(Value&&) noexcept = default;
+    ~Value() override = default;
+
+    DataType getDataType() const;
+    bool isError() const { return getDataType() == DT_ERROR; }
+    // The display text: "#N/A!", "'text'", "1d2h", "true", ...
+    String toString() const;
+
+    static String STRING_OF_DATE_TIME(const VX::Time& t);
+    static String STRING_OF_DATE(const VX::Time& t);
+    static String STRING_OF_TIME(const VX::Time& t);
+    static String STRING_OF_TIME_DELTA(const VX::Time& t);
+
+    // Tagged form: the subtype as int, then the payload of that subtype.
+    XCode marshal(VXMarshaller& m) const override;
+    // Replaces the value only when its whole form was read.
+    XCode unmarshal(VXMarshaller& m) override;
+
+    // Conversions in place (value_conversions.cc). Each either succeeds and
+    // replaces the value, or fails with an engine code and leaves it untouched.
+    // An error value never converts: it fails with its own code.
+    XCode toBoolean();
+    XCode toUInt();        // floats rounded (nearbyint)
+    XCode toUIntStrict();  // only integral floats
+    XCode toFloat();
+    XCode toNumber();  // DST_UINT or DST_FLP, whichever fits the source
+    XCode toTime();    // some time kind
+    XCode toAbsDateTime();
+    XCode toAbsDate();
+    XCode toAbsTime();
+    XCode toRelTime();
+    XCode correctTime();  // re-normalises within its own time kind
+    XCode toText();
+    XCode to(const Value& target);
+
+    // Brings two numbers to one kind, preferring unsigned integers.
+    static XCode NORMALIZE_NUMBERS(Value& a, Value& b);
+
+    // Payload conversions.
+    static XCode FLP_TO_UINT(unsigned long long& u, double d);
+    static XCode FLP_TO_UINT_STRICT(unsigned long long& u, double d);
+    static XCode TIME_TO_UINT(unsigned long long& u, const VX::Time& t);
+    static XCode STRING_TO_UINT(unsigned long long& u, const String& s);
+    static XCode TIME_TO_FLP(double& d, const VX::Time& t);
+    static XCode STRING_TO_FLP(double& d, const String& s);
+    static XCode UINT_TO_TIME(VX::Time& t, unsigned long long u);
+    static XCode FLP_TO_TIME(VX::Time& t, double d);
+    static XCode STRING_TO_NUMBER(Value& v, String s);
+    static XCode STRING_TO_TIME(VX::Time& t, DataSubType& st, const String& s);
+};
+
+bool operator==(const Value& a, const Value& b);
+inline bool operator!=(const Value& a, const Value& b) { return !(a == b); }
+
+// The in-process form: restores an equal value in the same process.
+VXMarshaller& operator<<(VXMarshaller& m, const Value& v);
+VXMarshaller& operator>>(VXMarshaller& m, Value& v);
+
+}  // namespace VX::SysEvent
