@@ -1,0 +1,146 @@
+// FunctionNode: a node whose event is computed from the last events of its
+// children (its arguments, in order). It owns its children; each child keeps
+// a plain back-link to it. It takes part in propagation through
+// shallBeUpdated (first phase: count the updates that will arrive, or mark
+// the node dirty when nobody is interested) and update (second phase:
+// recompute once, after the last pending update, if any update reported a
+// change).
+//
+// NonTemporalFunctionNode: the base of functions whose result time is the
+// span of their arguments' times; they compute a Value only.
+//
+// A function class derives from one of the two, has the constructor
+// (const String& functionName, const String& parameterText) that the function
+// factory calls, and overrides verifyArguments with its arity check.
+#pragma once
+
+#include <cstdint>
+
+#include "host/containers.h"
+#include "host/ref_counted.h"
+#include "host/string.h"
+#include "host/xcode.h"
+#include "sysevent/graph/node.h"
+#include "sysevent/value/event.h"
+#include "sysevent/value/value.h"
+
+namespace VX::SysEvent {
+
+class FunctionNode : public Node {
+public:
+    // Node name "FN(address)"; the node starts dirty, without children.
+    FunctionNode(const String& functionName, const String& parameterText);
+
+    // Node: see node.h. FunctionNode::addInterest also recomputes a dirty node.
+    void addInterest() override;
+    // FN(child,child,...) of the children's normalized expressions, no blanks.
+    String getNormalizedExpression() const override;
+    // Clears the dirty flag, then stores and propagates like Node.
+    bool triggerEvent(const Event& e) override;
+    // Depth first over the children in argument order.
+    bool isDescendant(Node* n) const override;
+    // If dirty: clears the flag and recompute(false).
+    void requestUpdate() override;
+
+    // The parser's way to add an argument: addChild.
+    virtual XCode addArgument(Node* child);
+    // swapChild, under the name the proxy nodes use.
+    virtual XCode swapArgument(unsigned index, Node* child, VXLWPtr<Node>& oldChild);
+    // Arity check, called by the parser after the last argument was added.
+    // Success by default (any number of arguments).
+    virtual XCode verifyArguments();
+    // recompute(true): recompute, store and propagate like a value set at a
+    // leaf. Returns true if the value changed.
+    virtual bool forceRecompute();
+    // Appends `child`. Fails with the generic failure code for null, and with
+    // "CIRCULAR REFERENCE" when `child` is this node or lies above it; a
+    // failed call changes nothing. Success marks the node dirty.
+    virtual XCode addChild(Node* child);
+    // Replaces child `index` by `child`; `oldChild` receives the child that
+    // was at `index` (also when the cycle check fails). Fails with the generic
+    // failure code for a bad index or a null child, with "CIRCULAR REFERENCE"
+    // for a cycle; a failed call changes nothing in the graph. Success marks
+    // the node dirty.
+    virtual XCode swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChild);
+    // True: the function sees error and undefined arguments itself instead
+    // of the graph making the result the first such argument's error.
+    virtual bool handlesErrorsManually() const;
+    // True: the function sets its result's times itself (compute(Event&));
+    // false: the graph sets them to the span of the arguments' times.
+    virtual bool handlesTimeManually() const;
+    // First phase of a propagation: answers whether this node will receive an
+    // update, counting one pending update if so, or marks it dirty when
+    // neither it nor any parent is interested. Asks every parent.
+    virtual bool shallBeUpdated();
+    // Second phase: one of the updates counted by shallBeUpdated arrives;
+    // `changed` tells whether the reporting child's value changed. After the
+    // last one, recomputes if some update reported a change and passes the
+    // outcome to the parents that answered yes to this node's shallBeUpdated.
+    virtual void update(bool changed);
+    // Computes the event from the children's last events (screening errors
+    // and undefined arguments unless handlesErrorsManually, merging times
+    // unless handlesTimeManually) and a failing compute into an error value.
+    // force: store and propagate (triggerEvent); else store only (storeEvent).
+    // Returns true if the value changed.
+    virtual bool recompute(bool force);
+    // Writes the result into `result`, which starts as the default event
+    // (value DST_UNDEF; for non-temporal nodes already carrying the argument
+    // span). A failure code becomes an error value: an engine code
+    // (errToXCode) that error, any other code "#ERR!".
+    virtual XCode compute(Event& result) = 0;
+
+    const String& getFunctionName() const { return m_functionName; }
+    const String& getParameterText() const { return m_parameterText; }
+    const VXVector<VXLWPtr<Node>>& getChildren() const { return m_children; }
+    unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
+    // Child `i` (i < getChildCount()).
+    Node* getChild(unsigned i) const { return m_children[i].get(); }
+    // The current value of argument `i`, brought up to date if it is dirty.
+    const Value& getArgument(unsigned i) const { return m_children[i]->getLastEvent().value; }
+
+    bool isDirty() const { return m_dirty; }
+    uint32_t getPendingUpdates() const { return m_pendingUpdates; }
+    uint32_t getChangedUpdates() const { return m_changedUpdates; }
+
+    // Sum of the pending updates of every function node in the process.
+    // Zero whenever no propagation runs; a cheap global check of the
+    // invariant that each node's pending and changed counts are back to zero
+    // (a node's changed count is non-zero only while its pending count is).
+    static uint64_t PENDING_UPDATES_IN_GRAPH();
+
+protected:
+    // Releases the children after removing this node's links from them, in
+    // argument order.
+    ~FunctionNode() override;
+
+    String m_functionName;
+    String m_parameterText;
+    VXVector<VXLWPtr<Node>> m_children;
+    bool m_dirty = true;
+    uint32_t m_pendingUpdates = 0;
+    uint32_t m_changedUpdates = 0;
+
+private:
+    // The parents that answered yes to this node's shallBeUpdated in the
+    // running propagation, once per yes; they, and only they, expect an
+    // update from this node. Filled on the first visit of a propagation and
+    // consumed by the last update.
+    VXVector<FunctionNode*> m_updatingParents;
+};
+
+class NonTemporalFunctionNode : public FunctionNode {
+public:
+    NonTemporalFunctionNode(const String& functionName, const String& parameterText)
+        : FunctionNode(functionName, parameterText) {}
+
+    // False: the graph gives the result the span of the arguments' times.
+    bool handlesTimeManually() const override;
+    // compute(result.value).
+    XCode compute(Event& result) override;
+    // Writes the result value into `result` (starts as DST_UNDEF). Argument
+    // values are read with getArgument(i). Without handlesErrorsManually the
+    // arguments are never errors nor undefined.
+    virtual XCode compute(Value& result) = 0;
+};
+
+}  // namespace VX::SysEvent

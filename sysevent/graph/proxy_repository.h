@@ -1,0 +1,39 @@
+// ProxyRepository: the process-wide table of name -> ProxyNode. Every
+// reference to a name is the one proxy kept here; entries are never removed,
+// so a name outlives the objects bound to it and can be bound again without
+// re-parsing the expressions that use it.
+//
+// Made on first use by VXSingleton<ProxyRepository>::INSTANCE() under
+// FAST_MUTEX and never destroyed. The table itself is unlocked: every caller
+// holds the engine lock.
+#pragma once
+
+#include "host/containers.h"
+#include "host/ref_counted.h"
+#include "host/singleton.h"
+#include "host/string.h"
+#include "sysevent/graph/node.h"
+#include "sysevent/graph/proxy_node.h"
+
+namespace VX::SysEvent {
+
+class ProxyRepository : public VXSingleton<ProxyRepository> {
+public:
+    virtual ~ProxyRepository() = default;
+
+    // The proxy of `name`; a new one bound to a "#N/A!" placeholder if the
+    // name has none yet. Never re-targets an existing proxy.
+    VXLWPtr<ProxyNode> getOrCreate(const String& name);
+    // The proxy of `name` (made if missing), re-targeted to `node`. A failing
+    // re-target (null, cycle) is ignored: the proxy keeps its old target.
+    VXLWPtr<ProxyNode> getOrCreate(const String& name, VXLWPtr<Node> node);
+    // The proxy of `name`, or null if the name was never referenced.
+    VXLWPtr<ProxyNode> get(const String& name) const;
+    // Replaces the contents of `names` with every name that has a proxy.
+    void getNames(VXVector<String>& names) const;
+
+private:
+    VXStringHashTable<VXLWPtr<ProxyNode>> m_proxies;
+};
+
+}  // namespace VX::SysEvent
