@@ -47,6 +47,7 @@ enum DataType : int {
 // The engine's result codes for value-level errors: ENGINE_ERROR_BASE plus the
 // error subtype. The graph turns such a code back into the error value.
 constexpr uint32_t ENGINE_ERROR_BASE = 0x16000000;
+// The code ENGINE_ERROR_BASE + (st mod 2^24), with no text.
 XCode errToXCode(DataSubType st);
 
 // The payload. Only the member named by the owning value's subtype is
@@ -136,8 +137,18 @@ public:
     static XCode STRING_TO_TIME(VX::Time& t, DataSubType& st, const String& s);
 };
 
+// The way back from a failed computation's code to a value: a code whose top
+// byte is that of ENGINE_ERROR_BASE becomes the value of the subtype in its low
+// 24 bits, any other failure "#ERR!". Success gives Value(DST_UNDEF).
+Value xcodeToValue(const XCode& rc);
+
+// Different subtypes are unequal; payload-less subtypes (undefined, empty,
+// errors, unknown numbers) are equal to themselves; floats compare within one
+// machine epsilon (relative above 1.0), NaN is unequal to everything.
 bool operator==(const Value& a, const Value& b);
-inline bool operator!=(const Value& a, const Value& b) { return !(a == b); }
+inline bool operator!=(const Value& a, const Value& b) {
+    return !(a == b);
+}
 
 // The in-process form: restores an equal value in the same process.
 VXMarshaller& operator<<(VXMarshaller& m, const Value& v);
