@@ -1,0 +1,124 @@
+// Node: storing events, telling observers, and the outer frame of a
+// propagation (collecting the parents that will be updated, then updating
+// them). The per-node work of both phases lives in function_node.cc.
+#include "sysevent/graph/node.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "host/clock.h"
+#include "host/crit.h"
+#include "host/monitor.h"
+#include "host/time.h"
+#include "sysevent/graph/function_node.h"
+
+namespace VX::SysEvent {
+
+bool Node::s_updateInProgress = false;
+
+Node::Node(const String& name) : VX::RefCounted(&LOCK()), m_name(name) {}
+
+Node::Node(const String& name, const Value& value)
+    : VX::RefCounted(&LOCK()), m_name(name), m_lastEvent(value) {}
+
+Node::~Node() = default;
+
+void Node::addObserver(NodeObserver* o) {
+    m_observers.push_back(o);
+}
+
+void Node::removeObserver(NodeObserver* o) {
+    m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), o), m_observers.end());
+}
+
+void Node::addInterest() {
+    ++m_interestCount;
+}
+
+void Node::removeInterest() {
+    // Unbalanced removals must not turn into a near-infinite interest.
+    if (m_interestCount > 0) --m_interestCount;
+}
+
+const String& Node::getName() const {
+    return m_name;
+}
+
+String Node::getLogName() const {
+    return String::Formatted("%s @ %p", getNormalizedExpression().c_str(),
+                             static_cast<const void*>(this));
+}
+
+String Node::getNormalizedExpression() const {
+    return m_name;
+}
+
+const Event& Node::getLastEvent() const {
+    // Reading is what makes a lazily evaluated node current: the cached event
+    // is logically part of the node's value, not of its observable state.
+    const_cast<Node*>(this)->requestUpdate();
+    return m_lastEvent;
+}
+
+bool Node::setValue(const Value& v) {
+    return triggerEvent(Event(v));
+}
+
+bool Node::triggerEvent(const Event& e) {
+    if (!storeEvent(e)) return false;
+    if (s_updateInProgress) {
+        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
+            m->monitor(3, "VALUE SET WHILE UPDATE IN PROGRESS");
+        return true;
+    }
+    s_updateInProgress = true;
+    // The parent list may change under us only through graph edits, which
+    // nobody makes during a propagation; copying the collected parents keeps
+    // the second phase independent of it anyway.
+    VXVector<FunctionNode*> updating;
+    updating.reserve(m_parents.size());
+    for (FunctionNode* p : m_parents)
+        if (p->shallBeUpdated()) updating.push_back(p);
+    for (FunctionNode* p : updating) p->update(true);
+    s_updateInProgress = false;
+    assert(FunctionNode::PENDING_UPDATES_IN_GRAPH() == 0 &&
+           "every update counted in the first phase is delivered in the second");
+    return true;
+}
+
+bool Node::isDescendant(Node*) const {
+    return false;
+}
+
+void Node::requestUpdate() {}
+
+bool Node::storeEvent(const Event& e) {
+    // Copies: an observer may read or replace this node's event, and `e` may
+    // be this node's own event.
+    Value newValue = e.value;
+    Value oldValue = m_lastEvent.value;
+    if (newValue == oldValue) return false;
+    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3)) {
+        m->monitor(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
+                   oldValue.toString().c_str(), newValue.toString().c_str(),
+                   Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
+                   VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
+    }
+    m_lastEvent = e;
+    // By index, re-reading the list: an observer may remove itself or others
+    // while being told. A removed observer is never called afterwards (it may
+    // be gone); the price is that the one after a removed entry may be skipped.
+    for (size_t i = 0; i < m_observers.size(); ++i)
+        m_observers[i]->onValueChanged(oldValue, newValue);
+    return true;
+}
+
+void Node::addParent(FunctionNode* p) {
+    m_parents.push_back(p);
+}
+
+void Node::removeParent(FunctionNode* p) {
+    m_parents.erase(std::remove(m_parents.begin(), m_parents.end(), p), m_parents.end());
+}
+
+}  // namespace VX::SysEvent
