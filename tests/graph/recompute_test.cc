@@ -1,0 +1,154 @@
+// recompute: failure codes mapped to error values, screening of error and
+// undefined arguments, result times, and its trace line.
+#include <gtest/gtest.h>
+
+#include "graph/graph_test_support.h"
+#include "host/manual_time.h"
+#include "host/monitor.h"
+
+namespace VX::SysEvent::testing {
+namespace {
+
+using Recompute = GraphTest;
+
+TEST_F(Recompute, FailureCodesBecomeErrorValues) {
+    struct Case {
+        XCode code;
+        DataSubType expected;
+    } cases[] = {
+        {errToXCode(DST_ERR_DIV0), DST_ERR_DIV0},
+        {errToXCode(DST_ERR_NA), DST_ERR_NA},
+        {errToXCode(DST_ERR_NUM), DST_ERR_NUM},
+        {errToXCode(DST_ERR_VAL), DST_ERR_VAL},
+        {errToXCode(DST_ERR_GENERIC), DST_ERR_GENERIC},
+        {XCode(XCode::GENERIC_FAILURE), DST_ERR_GENERIC},
+        {XCode(XCode::GENERIC_FAILURE, "with a text"), DST_ERR_GENERIC},
+        {XCode(0x15000000 + DST_ERR_DIV0), DST_ERR_GENERIC},  // not an engine code
+        {XCode(0x16000000 + DST_UINT), DST_ERR_GENERIC},      // engine code of no error
+        {XCode(), DST_UINT},                                  // success keeps the result
+    };
+    auto a = leaf("a", 1);
+    for (const Case& c : cases) {
+        auto f = make<TFAIL>({a.get()});
+        f->code = c.code;
+        auto parent = make<TSUM>({f.get()});
+        EXPECT_EQ(f->getValue().subtype, c.expected) << c.code.toString().c_str();
+        // An error passes unchanged through a function above it.
+        EXPECT_EQ(parent->getValue().subtype, c.expected == DST_UINT ? DST_UINT : c.expected);
+        if (c.expected == DST_UINT) {
+            EXPECT_EQ(f->getValue(), Value(7ULL));
+        }
+    }
+}
+
+TEST_F(Recompute, FirstErrorOrUndefinedArgumentDecides) {
+    auto one = leaf("one", 1);
+    auto undef = VXLWPtr<Node>(new Node("undef"));
+    auto div0 = VXLWPtr<Node>(new Node("div0", Value(DST_ERR_DIV0)));
+    auto num = VXLWPtr<Node>(new Node("num", Value(DST_ERR_NUM)));
+    struct Case {
+        std::vector<Node*> args;
+        Value expected;
+    } cases[] = {
+        {{one.get(), one.get()}, Value(2ULL)},
+        {{one.get(), div0.get(), num.get()}, Value(DST_ERR_DIV0)},
+        {{num.get(), div0.get()}, Value(DST_ERR_NUM)},
+        {{undef.get(), num.get()}, Value(DST_ERR_VAL)},
+        {{num.get(), undef.get()}, Value(DST_ERR_NUM)},
+        {{one.get(), undef.get()}, Value(DST_ERR_VAL)},
+    };
+    for (const Case& c : cases) {
+        VXLWPtr<TSUM> f(new TSUM("TSUM", ""));
+        for (Node* n : c.args) ASSERT_TRUE(f->addArgument(n).isSuccess());
+        EXPECT_EQ(f->getValue(), c.expected) << f->getNormalizedExpression().c_str();
+        EXPECT_EQ(f->computes, c.expected.isError() ? 0 : 1);
+    }
+    // A function handling errors itself sees the raw values.
+    for (auto [arg, st] : {std::pair{undef.get(), DST_UNDEF}, std::pair{num.get(), DST_ERR_NUM},
+                           std::pair{div0.get(), DST_ERR_DIV0}}) {
+        auto raw = make<TRAW>({arg, one.get()});
+        EXPECT_EQ(raw->getValue(), Value(static_cast<unsigned long long>(st)));
+        EXPECT_EQ(raw->computes, 1);
+    }
+}
+
+TEST_F(Recompute, NonTemporalResultSpansItsArgumentsTimes) {
+    auto a = VXLWPtr<Node>(new Node("a"));
+    auto b = VXLWPtr<Node>(new Node("b"));
+    auto c = VXLWPtr<Node>(new Node("c"));
+    a->triggerEvent(Event(Time(10, 0), Time(20, 0), Value(1ULL)));
+    b->triggerEvent(Event(Time(5, 0), Time(15, 0), Value(2ULL)));
+    c->triggerEvent(Event(Time(12, 0), Time(30, 5), Value(DST_ERR_NUM)));
+    auto f = make<TSUM>({a.get(), b.get()});
+    EXPECT_EQ(f->getLastEvent().start, Time(5, 0));
+    EXPECT_EQ(f->getLastEvent().end, Time(20, 0));
+    // Times are merged over all arguments, also past the deciding error.
+    auto g = make<TSUM>({c.get(), a.get(), b.get()});
+    EXPECT_EQ(g->getLastEvent().value, Value(DST_ERR_NUM));
+    EXPECT_EQ(g->getLastEvent().start, Time(5, 0));
+    EXPECT_EQ(g->getLastEvent().end, Time(30, 5));
+    // A temporal function keeps what compute set: zero times here.
+    auto t = make<TTEMP>({a.get()});
+    EXPECT_EQ(t->getLastEvent().value, Value(1ULL));
+    EXPECT_TRUE(t->getLastEvent().start.isZero() && t->getLastEvent().end.isZero());
+}
+
+TEST_F(Recompute, WithoutArgumentsNonTemporalIsStampedNowTemporalIsNot) {
+    ManualTime::ENABLE(Time(1700000000, 0));
+    auto f = make<TSUM>({});
+    auto t = make<TTEMP>({});
+    EXPECT_EQ(f->getLastEvent().value, Value(0ULL));
+    EXPECT_EQ(f->getLastEvent().start, Time(1700000000, 0));
+    EXPECT_EQ(f->getLastEvent().end, Time(1700000000, 0));
+    EXPECT_EQ(t->getLastEvent().value, Value(true));
+    EXPECT_TRUE(t->getLastEvent().start.isZero());
+    ManualTime::DISABLE();
+}
+
+TEST_F(Recompute, TraceLineNamesFunctionArgumentsAndResult) {
+    auto a = VXLWPtr<Node>(new Node("a"));
+    a->triggerEvent(Event(Time(0, 0), Time(90, 0), Value(1ULL)));
+    auto f = make<TSUM>({a.get(), a.get()}, "TSUM");
+    RTD::CaptureMonitor monitor(3);
+    MON = &monitor;
+    f->getLastEvent();
+    MON = nullptr;
+    const String expected = String::Formatted(
+        "[%s] TSUM(%s, %s) -> %s (during %s on %s)", f->getLogName().c_str(),
+        Value(1ULL).toString().c_str(), Value(1ULL).toString().c_str(),
+        Value(2ULL).toString().c_str(), Value(Time(90, 0), DST_REL_TIME).toString().c_str(),
+        Clock(Time(90, 0)).toString(Clock::FORMAT_LOG).c_str());
+    EXPECT_TRUE(monitor.contains(expected)) << expected.c_str();
+    // Verbosity 1: no trace line, even though the argument text is built.
+    RTD::CaptureMonitor quiet(1);
+    MON = &quiet;
+    f->forceRecompute();
+    MON = nullptr;
+    EXPECT_TRUE(quiet.lines().empty());
+}
+
+TEST_F(Recompute, ForceRecomputePropagatesPlainRecomputeDoesNot) {
+    auto a = leaf("a", 1);
+    auto f = make<TNEG>({a.get()});
+    auto top = make<TSUM>({f.get()});
+    top->addInterest();
+    EXPECT_EQ(top->computes, 1);
+    // Reach below the graph's back: change a without propagating.
+    Node::s_updateInProgress = true;
+    a->setValue(Value(2ULL));
+    Node::s_updateInProgress = false;
+    EXPECT_TRUE(f->recompute(false));
+    EXPECT_EQ(top->computes, 1);
+    a->setValue(Value(1ULL));
+    EXPECT_EQ(top->computes, 2);  // f's value changed 98 -> 99: top recomputes
+    Node::s_updateInProgress = true;
+    a->setValue(Value(3ULL));
+    Node::s_updateInProgress = false;
+    EXPECT_TRUE(f->forceRecompute());
+    expectQuiescent({a.get()});
+    EXPECT_EQ(top->computes, 3);
+    EXPECT_EQ(top->peekLastEvent().value, Value(97ULL));
+}
+
+}  // namespace
+}  // namespace VX::SysEvent::testing

@@ -1,0 +1,138 @@
+// Graph edits: cycle refusal that leaves the graph as it was, swapChild,
+// parent links, names and normalized expressions, and teardown.
+#include <gtest/gtest.h>
+
+#include "graph/graph_test_support.h"
+
+namespace VX::SysEvent::testing {
+namespace {
+
+using Structure = GraphTest;
+
+struct Snapshot {
+    std::vector<Node*> children;
+    std::vector<FunctionNode*> parents;
+    bool dirty;
+};
+
+Snapshot snapshot(FunctionNode* f) {
+    Snapshot s{{}, f->getParents(), f->isDirty()};
+    for (const auto& c : f->getChildren()) s.children.push_back(c.get());
+    return s;
+}
+
+void expectSame(FunctionNode* f, const Snapshot& s) {
+    EXPECT_EQ(snapshot(f).children, s.children);
+    EXPECT_EQ(snapshot(f).parents, s.parents);
+    EXPECT_EQ(f->isDirty(), s.dirty);
+}
+
+TEST_F(Structure, CyclesAreRefusedAndLeaveTheGraphUnchanged) {
+    auto a = leaf("a", 1);
+    auto z = make<TSUM>({a.get()});
+    auto y = make<TSUM>({z.get(), a.get()});
+    auto x = make<TNEG>({y.get()});
+    x->addInterest();  // clean, so that a change of the dirty flag would show
+    ASSERT_FALSE(z->isDirty());
+
+    for (FunctionNode* above :
+         {static_cast<FunctionNode*>(z.get()), static_cast<FunctionNode*>(y.get()),
+          static_cast<FunctionNode*>(x.get())}) {
+        for (FunctionNode* below :
+             {static_cast<FunctionNode*>(z.get()), static_cast<FunctionNode*>(y.get()),
+              static_cast<FunctionNode*>(x.get())}) {
+            // `below` may not take `above` (or itself) as an argument when
+            // `below` already lies under `above`.
+            if (!(below == above || above->isDescendant(below))) continue;
+            const Snapshot before = snapshot(below);
+            const Snapshot beforeAbove = snapshot(above);
+            XCode rc = below->addChild(above);
+            EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
+            EXPECT_EQ(rc.getString(), "CIRCULAR REFERENCE");
+            VXLWPtr<Node> old;
+            rc = below->swapChild(0, above, old);
+            EXPECT_EQ(rc.getString(), "CIRCULAR REFERENCE");
+            EXPECT_EQ(old.get(), before.children[0]);  // set even on failure
+            expectSame(below, before);
+            expectSame(above, beforeAbove);
+        }
+    }
+    EXPECT_EQ(x->getValue(), Value(98ULL));
+}
+
+TEST_F(Structure, BadEditsFailWithTheGenericCodeAndNoText) {
+    auto a = leaf("a", 1);
+    auto f = make<TSUM>({a.get()});
+    VXLWPtr<Node> old;
+    for (XCode rc :
+         {f->addChild(nullptr), f->swapChild(1, a.get(), old), f->swapChild(0, nullptr, old)}) {
+        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
+        EXPECT_FALSE(rc.hasString());
+    }
+    EXPECT_EQ(f->getChildCount(), 1u);
+}
+
+TEST_F(Structure, SwapChildMovesParentLinksAndMarksDirty) {
+    auto a = leaf("a", 1);
+    auto b = leaf("b", 5);
+    auto f = make<TSUM>({a.get(), a.get()});
+    f->addInterest();
+    EXPECT_EQ(f->peekLastEvent().value, Value(2ULL));
+    VXLWPtr<Node> old;
+    ASSERT_TRUE(f->swapChild(0, b.get(), old).isSuccess());
+    EXPECT_EQ(old.get(), a.get());
+    EXPECT_TRUE(f->isDirty());
+    // a is still the argument at position 1, so it keeps one link.
+    EXPECT_EQ(a->getParents(), std::vector<FunctionNode*>{f.get()});
+    EXPECT_EQ(b->getParents(), std::vector<FunctionNode*>{f.get()});
+    EXPECT_EQ(f->getValue(), Value(6ULL));
+    a->setValue(Value(2ULL));
+    expectQuiescent({a.get(), b.get()});
+    EXPECT_EQ(f->peekLastEvent().value, Value(7ULL));
+}
+
+TEST_F(Structure, IsDescendantFollowsAllPathsAndSharedNodes) {
+    auto a = leaf("a", 1);
+    auto b = leaf("b", 2);
+    // A ladder of shared nodes: every level uses the one below twice, so a
+    // walk of every path would take 2^40 steps.
+    VXLWPtr<FunctionNode> top = make<TSUM>({a.get(), a.get()});
+    for (int i = 0; i < 40; ++i) top = make<TSUM>({top.get(), top.get()});
+    EXPECT_TRUE(top->isDescendant(a.get()));
+    EXPECT_FALSE(top->isDescendant(b.get()));
+    EXPECT_FALSE(top->isDescendant(top.get()));
+    EXPECT_FALSE(a->isDescendant(a.get()));
+}
+
+TEST_F(Structure, NamesAndNormalizedExpressions) {
+    auto a = leaf("a", 1);
+    auto b = leaf("b", 0);
+    auto notB = make<TNEG>({b.get()}, "NOT");
+    auto andNode = make<TSUM>({a.get(), notB.get()}, "AND");
+    auto empty = make<TSUM>({}, "EPOCH");
+    EXPECT_EQ(andNode->getNormalizedExpression(), "AND(a,NOT(b))");
+    EXPECT_EQ(empty->getNormalizedExpression(), "EPOCH()");
+    EXPECT_EQ(a->getNormalizedExpression(), "a");
+    EXPECT_EQ(andNode->getName(), String::Formatted("AND(%p)", static_cast<void*>(andNode.get())));
+    EXPECT_EQ(andNode->getLogName(),
+              String::Formatted("AND(a,NOT(b)) @ %p", static_cast<void*>(andNode.get())));
+    EXPECT_EQ(a->getLogName(), String::Formatted("a @ %p", static_cast<void*>(a.get())));
+    EXPECT_EQ(andNode->getFunctionName(), "AND");
+    EXPECT_EQ(andNode->getParameterText(), "[arg]*");
+}
+
+TEST_F(Structure, DestroyingAFunctionNodeUnlinksAndReleasesItsChildren) {
+    auto a = leaf("a", 1);
+    auto keep = make<TSUM>({a.get()});
+    {
+        auto f = make<TSUM>({a.get(), a.get(), keep.get()});
+        EXPECT_EQ(a->getParents().size(), 3u);
+        EXPECT_EQ(keep->getRefCount(), 2u);
+    }
+    EXPECT_EQ(a->getParents(), std::vector<FunctionNode*>{keep.get()});
+    EXPECT_TRUE(keep->getParents().empty());
+    EXPECT_EQ(keep->getRefCount(), 1u);
+}
+
+}  // namespace
+}  // namespace VX::SysEvent::testing
