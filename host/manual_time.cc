@@ -1,9 +1,12 @@
 // VX::ManualTime: the manual clock's state. ADVANCE lives with the event loop,
-// which owns the timers it runs (event_loop.cc).
+// which owns the timers it runs (event_loop.cc); switching the mode tells the
+// loops, which carry their pending timers over to the new clock.
 #include "host/manual_time.h"
 
 #include <atomic>
 #include <mutex>
+
+#include "host/event_loop.h"
 
 namespace VX {
 
@@ -16,16 +19,33 @@ Time g_now;
 }  // namespace
 
 void ManualTime::ENABLE(Time start) {
+    bool wasEnabled;
+    Time oldNow;
     {
         std::lock_guard<std::mutex> guard(g_mutex);
+        wasEnabled = g_enabled.load();
+        oldNow = g_now;
         g_now = start;
+        g_enabled.store(true);
     }
-    g_enabled.store(true);
+    VXEventLoop::REBASE_TIMERS(wasEnabled, oldNow, true, start);
 }
 
-void ManualTime::DISABLE() { g_enabled.store(false); }
+void ManualTime::DISABLE() {
+    bool wasEnabled;
+    Time oldNow;
+    {
+        std::lock_guard<std::mutex> guard(g_mutex);
+        wasEnabled = g_enabled.load();
+        oldNow = g_now;
+        g_enabled.store(false);
+    }
+    if (wasEnabled) VXEventLoop::REBASE_TIMERS(true, oldNow, false, Time());
+}
 
-bool ManualTime::IS_ENABLED() { return g_enabled.load(std::memory_order_relaxed); }
+bool ManualTime::IS_ENABLED() {
+    return g_enabled.load(std::memory_order_relaxed);
+}
 
 Time ManualTime::CURRENT() {
     std::lock_guard<std::mutex> guard(g_mutex);
