@@ -1,0 +1,395 @@
+// Lexer: the token readers (names, numbers and times, durations, strings,
+// symbols) and the queue operations.
+#include "sysevent/language/lexer.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "host/clock.h"
+
+namespace VX::SysEvent {
+
+namespace {
+
+bool isSpace(char c) {
+    return isspace(static_cast<unsigned char>(c)) != 0;
+}
+bool isAlpha(char c) {
+    return isalpha(static_cast<unsigned char>(c)) != 0;
+}
+bool isAlnum(char c) {
+    return isalnum(static_cast<unsigned char>(c)) != 0;
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+char lower(char c) {
+    return static_cast<char>(tolower(static_cast<unsigned char>(c)));
+}
+
+XCode failure(const char* fmt, int number) {
+    XCode rc(XCode::GENERIC_FAILURE);
+    rc.setStringF(fmt, number);
+    return rc;
+}
+
+// The largest whole-second count a duration may hold: one less than the
+// largest count a time accepts, as for every other time conversion.
+constexpr unsigned long long kMaxSeconds = 4294967294ULL;
+
+struct Keyword {
+    const char* text;
+    TokenType type;
+};
+
+const Keyword kKeywords[] = {
+    {"false", TT_BOOL}, {"true", TT_BOOL}, {"inf", TT_NUMBER}, {"within", TT_WITHIN},
+    {"not", TT_NOT},    {"or", TT_OR},     {"xor", TT_XOR},    {"and", TT_AND},
+};
+
+}  // namespace
+
+void Lexer::append(TokenType type, Value value, size_t position) {
+    tokens_.emplace_back(type, std::move(value), static_cast<int>(position));
+}
+
+XCode Lexer::analyze(const String& text) {
+    text_ = text;
+    tokens_.clear();
+    queue_.clear();
+    const size_t length = text_.length();
+    size_t pos = 0;
+    while (pos < length) {
+        const char c = text_[pos];
+        XCode rc;
+        if (isSpace(c)) {
+            ++pos;
+            continue;
+        } else if (isAlpha(c) || c == '_' || c == '{') {
+            rc = readName(pos);
+        } else if (isDigit(c)) {
+            rc = readNumber(pos);
+        } else if (c == '"' || c == '\'') {
+            rc = readString(pos);
+        } else if (readSymbol(pos).isErr()) {
+            rc = XCode(XCode::GENERIC_FAILURE);
+            rc.setStringF("%d: Unexpected character '%c'", static_cast<int>(pos) + 1, c);
+        }
+        if (rc.isErr()) return rc;
+    }
+    append(TT_END, Value(), pos);
+    queue_.assign(tokens_.rbegin(), tokens_.rend());
+    return XCode();
+}
+
+XCode Lexer::readName(size_t& pos) {
+    const size_t start = pos;
+    const size_t length = text_.length();
+    bool inBraces = text_[pos] == '{';
+    ++pos;
+    for (; pos < length; ++pos) {
+        const char c = text_[pos];
+        if (inBraces) {
+            if (isSpace(c)) {
+                return failure("%d: Unterminated regular expression; expecting '}'",
+                               static_cast<int>(pos));
+            }
+            if (c == '}') inBraces = false;
+        } else if (c == '{') {
+            inBraces = true;
+        } else if (!(isAlnum(c) || c == '_' || c == '%' || c == '.' || c == ':')) {
+            break;
+        }
+    }
+    if (inBraces) {
+        return failure("%d: Unterminated regular expression; expecting '}'",
+                       static_cast<int>(length));
+    }
+    String name = text_.substring(start, pos - start);
+    for (const Keyword& k : kKeywords) {
+        if (name == k.text) {
+            Value v;
+            if (k.type == TT_BOOL) v = Value(name == "true");
+            if (k.type == TT_NUMBER) v = Value(std::numeric_limits<double>::infinity());
+            append(k.type, std::move(v), start);
+            return XCode();
+        }
+    }
+    append(TT_NAME, Value(name), start);
+    return XCode();
+}
+
+XCode Lexer::readNumber(size_t& pos) {
+    const size_t start = pos;
+    const char* rest = text_.c_str() + start;
+
+    // A full date-time, as the calendar reads it.
+    VX::Clock clock;
+    unsigned read = 0;
+    if (clock.set(rest, 0, &read).isSuccess() && read > 0) {
+        pos += read;
+        append(TT_TIME, Value(clock, DST_ABS_DATE_TIME), start);
+        return XCode();
+    }
+
+    unsigned a = 0, b = 0, c = 0;
+    int count = 0;
+    // A date: year-month-day.
+    if (sscanf(rest, "%u-%u-%u%n", &a, &b, &c, &count) == 3 && a >= 1970 && b >= 1 && b <= 12 &&
+        c >= 1 && c <= 31) {
+        String iso = String::Formatted("%u-%u-%uT00:00:00", a, b, c);
+        if (clock.set(iso, 0).isErr()) {
+            // In the lexer's range but not on the calendar (2024-02-30) or
+            // beyond the time range: say so rather than misread it as
+            // arithmetic.
+            return failure("%d: Invalid date", static_cast<int>(start));
+        }
+        pos += static_cast<size_t>(count);
+        append(TT_TIME, Value(clock, DST_ABS_DATE), start);
+        return XCode();
+    }
+
+    // A time of day: hour:minute:second.
+    count = 0;
+    if (sscanf(rest, "%2u:%2u:%2u%n", &a, &b, &c, &count) == 3 && a <= 23 && b <= 59 && c <= 59) {
+        String iso = String::Formatted("1970-01-01T%u:%u:%u", a, b, c);
+        clock.set(iso, 0);
+        pos += static_cast<size_t>(count);
+        append(TT_TIME, Value(clock, DST_ABS_TIME), start);
+        return XCode();
+    }
+
+    // A number: whichever of the float and the base-0 integer reads further.
+    char* endFloat = nullptr;
+    char* endUInt = nullptr;
+    const double d = strtod(rest, &endFloat);
+    const unsigned long long u = strtoull(rest, &endUInt, 0);
+    const size_t lengthFloat = static_cast<size_t>(endFloat - rest);
+    const size_t lengthUInt = static_cast<size_t>(endUInt - rest);
+    if (lengthFloat == 0 && lengthUInt == 0) {
+        return failure("%d: Invalid number", static_cast<int>(start));
+    }
+    if (lengthFloat > lengthUInt) {
+        pos += lengthFloat;
+        append(TT_NUMBER, Value(d), start);
+        return XCode();
+    }
+    if (isAlpha(rest[lengthUInt])) return readDuration(pos);
+    pos += lengthUInt;
+    append(TT_NUMBER, Value(u), start);
+    return XCode();
+}
+
+XCode Lexer::readDuration(size_t& pos) {
+    const size_t start = pos;
+    const size_t length = text_.length();
+    const char* text = text_.c_str();
+    // Whole seconds are summed wide and checked, so that no sum of
+    // components silently wraps around the 32-bit time range.
+    unsigned long long totalSeconds = 0;
+    unsigned long long totalNanos = 0;
+    bool any = false;
+    while (pos < length && isDigit(text[pos])) {
+        char* end = nullptr;
+        const unsigned long long n = strtoull(text + pos, &end, 0);
+        const size_t unitAt = static_cast<size_t>(end - text);
+        if (unitAt >= length) break;
+        const char u1 = lower(text[unitAt]);
+        const char u2 = unitAt + 1 < length ? lower(text[unitAt + 1]) : '\0';
+        const int afterFirst = static_cast<int>(unitAt) + 1;
+        unsigned long long seconds = 0;
+        unsigned long long nanos = 0;
+        size_t unitLength = 1;
+        if (u1 == 'd') {
+            if (n > kMaxSeconds / 86400) {
+                return failure("%d: Number of days exceeds time range", afterFirst);
+            }
+            seconds = n * 86400;
+        } else if (u1 == 'h') {
+            if (n > kMaxSeconds / 3600) {
+                return failure("%d: Number of hours exceeds time range", afterFirst);
+            }
+            seconds = n * 3600;
+        } else if (u1 == 'm' && u2 != 's') {
+            if (n > kMaxSeconds / 60) {
+                return failure("%d: Number of minutes exceeds time range", afterFirst);
+            }
+            seconds = n * 60;
+        } else if (u1 == 's') {
+            if (n > kMaxSeconds) {
+                return failure("%d: Number of seconds exceeds time range", afterFirst);
+            }
+            seconds = n;
+        } else if (u1 == 'm' && u2 == 's') {
+            seconds = n / 1000;
+            nanos = n % 1000 * 1000000;
+            unitLength = 2;
+        } else if (u1 == 'u' && u2 == 's') {
+            seconds = n / 1000000;
+            nanos = n % 1000000 * 1000;
+            unitLength = 2;
+        } else if (u1 == 'n' && u2 == 's') {
+            seconds = n / 1000000000;
+            nanos = n % 1000000000;
+            unitLength = 2;
+        } else {
+            break;  // not a unit: the count is left for the next token
+        }
+        totalNanos += nanos;
+        totalSeconds += seconds + totalNanos / 1000000000;
+        totalNanos %= 1000000000;
+        if (totalSeconds > kMaxSeconds) {
+            return failure("%d: Time delta exceeds time range", afterFirst);
+        }
+        pos = unitAt + unitLength;
+        any = true;
+    }
+    if (!any) return failure("%d: Invalid time delta", static_cast<int>(pos));
+    VX::Time total(static_cast<int32_t>(static_cast<uint32_t>(totalSeconds)),
+                   static_cast<int32_t>(totalNanos));
+    append(TT_TIME, Value(total, DST_REL_TIME), start);
+    return XCode();
+}
+
+XCode Lexer::readString(size_t& pos) {
+    const size_t start = pos;
+    const size_t length = text_.length();
+    const char quote = text_[pos];
+    String collected;
+    ++pos;
+    while (true) {
+        if (pos >= length) return failure("%d: Unterminated string", static_cast<int>(length));
+        char c = text_[pos++];
+        if (c == quote) break;
+        if (c == '\\') {
+            if (pos >= length) return failure("%d: Unterminated string", static_cast<int>(length));
+            c = text_[pos++];
+            switch (c) {
+                case 'n':
+                    c = '\n';
+                    break;
+                case 'r':
+                    c = '\r';
+                    break;
+                case 'f':
+                    c = '\f';
+                    break;
+                case 't':
+                    c = '\t';
+                    break;
+                case 'v':
+                    c = '\v';
+                    break;
+                default:
+                    break;
+            }
+        }
+        collected += c;
+    }
+    append(TT_TEXT, Value(collected), start);
+    return XCode();
+}
+
+XCode Lexer::readSymbol(size_t& pos) {
+    const size_t start = pos;
+    const char c = text_[pos];
+    const char n = pos + 1 < text_.length() ? text_[pos + 1] : '\0';
+    TokenType type;
+    size_t width = 1;
+    // Two-character symbols win over their one-character prefixes.
+    auto pair = [&](char second, TokenType both, TokenType single) {
+        if (n != second) return single;
+        width = 2;
+        return both;
+    };
+    switch (c) {
+        case '(':
+            type = TT_LPAREN;
+            break;
+        case ')':
+            type = TT_RPAREN;
+            break;
+        case ',':
+            type = TT_COMMA;
+            break;
+        case ';':
+            type = TT_SEMICOLON;
+            break;
+        case '+':
+            type = TT_PLUS;
+            break;
+        case '-':
+            type = TT_MINUS;
+            break;
+        case '*':
+            type = TT_STAR;
+            break;
+        case '/':
+            type = TT_SLASH;
+            break;
+        case '%':
+            type = TT_PERCENT;
+            break;
+        case '~':
+            type = TT_BITNOT;
+            break;
+        case '!':
+            type = pair('=', TT_NEQ, TT_NOT);
+            break;
+        case '=':
+            if (n != '=') return failure("%d: Invalid symbol", static_cast<int>(start));
+            type = pair('=', TT_EQ, TT_EQ);
+            break;
+        case '<':
+            type = n == '=' ? pair('=', TT_LE, TT_LT) : pair('<', TT_BITLSHIFT, TT_LT);
+            break;
+        case '>':
+            type = n == '=' ? pair('=', TT_GE, TT_GT) : pair('>', TT_BITRSHIFT, TT_GT);
+            break;
+        case '&':
+            type = pair('&', TT_AND, TT_BITAND);
+            break;
+        case '|':
+            type = pair('|', TT_OR, TT_BITOR);
+            break;
+        case '^':
+            type = pair('^', TT_XOR, TT_BITXOR);
+            break;
+        default:
+            return failure("%d: Invalid symbol", static_cast<int>(start));
+    }
+    pos += width;
+    append(type, Value(), start);
+    return XCode();
+}
+
+bool Lexer::popIf(TokenType t) {
+    if (!peekIf(t)) return false;
+    queue_.pop_back();
+    return true;
+}
+
+bool Lexer::pop(TokenType t) {
+    if (queue_.empty()) return false;
+    const bool matches = queue_.back().type == t;
+    queue_.pop_back();
+    return matches;
+}
+
+bool Lexer::peek(Token& out) const {
+    if (queue_.empty()) return false;
+    out = queue_.back();
+    return true;
+}
+
+bool Lexer::pop(Token& out) {
+    if (queue_.empty()) return false;
+    out = std::move(queue_.back());
+    queue_.pop_back();
+    return true;
+}
+
+}  // namespace VX::SysEvent

@@ -1,0 +1,67 @@
+// Lexer: splits formula text into tokens for the parser, reads numbers and
+// times out of string values (Value::STRING_TO_NUMBER, STRING_TO_TIME), and
+// turns name patterns into regular expressions (NAME_TO_REGEX).
+//
+// A Lexer lives on the stack of one parse or conversion and belongs to one
+// thread. Each analyze() starts afresh.
+#pragma once
+
+#include "host/containers.h"
+#include "host/string.h"
+#include "host/xcode.h"
+#include "sysevent/language/token.h"
+
+namespace VX::SysEvent {
+
+class Lexer {
+public:
+    Lexer() = default;
+    ~Lexer() = default;
+
+    // Reads the whole text. On success tokens() holds every token in reading
+    // order ending with TT_END, and the queue holds the same tokens ready to
+    // be read. On failure returns the generic code with a message
+    // "<number>: <what>" and leaves the queue empty; nothing after the first
+    // error is read.
+    XCode analyze(const String& text);
+
+    const String& text() const { return text_; }
+    const VXVector<Token>& tokens() const { return tokens_; }
+
+    // Queue reading. The next token is the queue's last element.
+    // Whether the next token has type t; nothing is removed.
+    bool peekIf(TokenType t) const { return !queue_.empty() && queue_.back().type == t; }
+    // Removes the next token if it has type t; reports whether it did.
+    bool popIf(TokenType t);
+    // Removes the next token whatever its type; reports whether it had type
+    // t. False when the queue is empty.
+    bool pop(TokenType t);
+    // Copy out the next token, without / with removing it. False when empty.
+    bool peek(Token& out) const;
+    bool pop(Token& out);
+    // The next token in place (null when the queue is empty); valid until the
+    // queue changes.
+    const Token* next() const { return queue_.empty() ? nullptr : &queue_.back(); }
+
+    // The anchored regular expression for a name pattern: '%' is a wildcard
+    // for one or more characters other than '.' and ':', "{...}" embeds
+    // regular-expression text ('%' there is a repetition, '*' a literal
+    // asterisk). With prefixOnly the expression is not anchored at the end, so
+    // it matches every name that begins with the pattern.
+    static String NAME_TO_REGEX(const String& pattern, bool prefixOnly);
+
+private:
+    XCode readName(size_t& pos);
+    XCode readNumber(size_t& pos);
+    XCode readDuration(size_t& pos);
+    XCode readString(size_t& pos);
+    XCode readSymbol(size_t& pos);
+    void append(TokenType type, Value value, size_t position);
+
+    String text_;
+    VXVector<Token> tokens_;
+    // The tokens in reverse order: reading removes from the end.
+    VXVector<Token> queue_;
+};
+
+}  // namespace VX::SysEvent
