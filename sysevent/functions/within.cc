@@ -1,0 +1,33 @@
+// WITHIN and its factory object.
+#include "sysevent/functions/within.h"
+
+#include "sysevent/graph/function_factory.h"
+
+namespace VX::SysEvent {
+
+XCode WITHIN::verifyArguments() {
+    return XCode::testExpression(getChildCount() == 2);
+}
+
+XCode WITHIN::compute(Event& result) {
+    // Copies: reading the second argument may recompute nodes below both.
+    const Event expr = getChild(0)->getLastEvent();
+    const Event period = getChild(1)->getLastEvent();
+    if (period.value.getDataType() != DT_TIME) return errToXCode(DST_ERR_VAL);
+    if (period.value.subtype != DST_REL_TIME) return errToXCode(DST_ERR_NUM);
+    Value truth = expr.value;
+    if (XCode rc = truth.toBoolean(); rc.isErr()) return rc;
+    // VX::Time subtracts with a borrow into the seconds and orders by signed
+    // seconds, then nanoseconds.
+    const VX::Time span = expr.end - expr.start;
+    result.setTime(expr);
+    result.value = Value(truth.data.boolean && span <= period.value.data.time);
+    return XCode();
+}
+
+FunctionFactory::Factory<WITHIN> s_functionFactoryWITHIN(
+    "WITHIN", "temp-expr,period",
+    "Returns true if the temporal-expression argument evaluates to true within the specified "
+    "time period");
+
+}  // namespace VX::SysEvent
