@@ -1,0 +1,70 @@
+// Test components for the component-model tests: three small interfaces and
+// drivers offering various sets of them, which record their destruction.
+#pragma once
+
+#include "host/crit.h"
+#include "host/driver.h"
+#include "host/inherit.h"
+#include "host/object.h"
+
+namespace test_components {
+
+inline constexpr VX::UUID DID_A = VX::UUID::OF("63af729f-43ed-448b-818c-ab57cb2ef451");
+inline constexpr VX::UUID DID_B = VX::UUID::OF("825de5bc-f929-477b-b37b-ea6f8af35431");
+
+class IFoo : public virtual IUnknown {
+public:
+    static const VX::UUID& IID() {
+        static constexpr VX::UUID id = VX::UUID::OF("343a67ff-73da-4d2a-91b6-f63f35221021");
+        return id;
+    }
+    virtual int foo() = 0;
+};
+
+class IBar : public virtual IUnknown {
+public:
+    static const VX::UUID& IID() {
+        static constexpr VX::UUID id = VX::UUID::OF("ba8dedc8-6397-485f-8756-c5b1f37b9f89");
+        return id;
+    }
+    virtual int bar() = 0;
+};
+
+class IBaz : public virtual IUnknown {
+public:
+    static const VX::UUID& IID() {
+        static constexpr VX::UUID id = VX::UUID::OF("8db9f34d-45cd-41af-8f46-263418599510");
+        return id;
+    }
+    virtual int baz() = 0;
+};
+
+// Sets *flag when destroyed (flag may be null).
+class CFoo : public CInherit<CFoo, CDriver, IFoo> {
+public:
+    CFoo(const VX::UUID& did, const String& name, bool* destroyed = nullptr)
+        : CInherit(did, name, &VX::SysEvent::LOCK()), destroyed_(destroyed) {}
+    int foo() override { return 1; }
+
+protected:
+    ~CFoo() override {
+        if (destroyed_) *destroyed_ = true;
+    }
+
+private:
+    bool* destroyed_;
+};
+
+class CFooBar : public CInherit<CFooBar, CFoo, IBar> {
+public:
+    using CInherit::CInherit;
+    int bar() override { return 2; }
+};
+
+class CFooBarBaz : public CInherit<CFooBarBaz, CFooBar, IBaz> {
+public:
+    using CInherit::CInherit;
+    int baz() override { return 3; }
+};
+
+}  // namespace test_components

@@ -1,0 +1,281 @@
+// The driver repository: registration, look-up, listing order, observers
+// (including re-entrant changes from inside their callbacks) and the
+// reference that keeps a registered driver alive.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "components.h"
+#include "host/driver_repository.h"
+#include "host/info.h"
+
+namespace {
+
+using namespace test_components;
+
+VXVector<String> names(const VXVector<VXPPtr<IDriver>>& drivers) {
+    VXVector<String> out;
+    for (const VXPPtr<IDriver>& d : drivers) out.push_back(d->getDriverName());
+    return out;
+}
+
+// Records every callback as "+name" or "-name"; runs `onAdded` / `onRemoved`
+// hooks from inside the callback. Unregisters itself when destroyed.
+class RecordingObserver : public DriverRepositoryObserver {
+public:
+    RecordingObserver(const String& name, std::vector<String>* log) : name_(name), log_(log) {}
+    ~RecordingObserver() override { DRIVER::REMOVE_REPOSITORY_OBSERVER(name_); }
+
+    XCode registerFor(const VX::UUID& did, const VX::UUID& iid, const String& prefix,
+                      unsigned priority = 0, bool notifyExisting = false,
+                      bool notifyRemaining = false) {
+        return DRIVER::ADD_REPOSITORY_OBSERVER(name_, did, iid, prefix, priority, notifyExisting,
+                                               notifyRemaining, this);
+    }
+
+    XCode onDriverAdded(String& driverName, VXPPtr<IDriverRepository>& repository,
+                        VXPPtr<IDriver>& driver) override {
+        EXPECT_EQ(driverName, driver->getDriverName());
+        EXPECT_EQ(repository, DRIVER::INSTANCE());
+        EXPECT_TRUE(VX::SysEvent::LOCK().isHeldByMe());
+        log_->push_back(name_ + ":+" + driverName);
+        if (onAdded) onAdded(driver);
+        return XCode();
+    }
+    void onDriverRemoved(VXPPtr<IDriverRepository>& repository, VXPPtr<IDriver>& driver) override {
+        EXPECT_EQ(repository, DRIVER::INSTANCE());
+        log_->push_back(name_ + ":-" + driver->getDriverName());
+        if (onRemoved) onRemoved(driver);
+    }
+
+    std::function<void(VXPPtr<IDriver>&)> onAdded;
+    std::function<void(VXPPtr<IDriver>&)> onRemoved;
+
+private:
+    String name_;
+    std::vector<String>* log_;
+};
+
+class DriverRepositoryTest : public ::testing::Test {
+protected:
+    // Drops every driver a test left behind under "test/".
+    void TearDown() override {
+        VXVector<VXPPtr<IDriver>> left;
+        DRIVER::GET_INTERFACES(VX::UUID(), "test/", VX::UUID(), left);
+        for (VXPPtr<IDriver>& d : left) DRIVER::REMOVE(d);
+    }
+
+    static VXPPtr<IDriver> add(IDriver* driver) {
+        VXPPtr<IDriver> d(driver);
+        EXPECT_TRUE(DRIVER::ADD(d).isSuccess()) << driver->getDriverName().c_str();
+        return d;
+    }
+
+    std::vector<String> log_;
+};
+
+TEST_F(DriverRepositoryTest, AddGetAndRemoveByNameOrObject) {
+    VXPPtr<IDriver> a = add(new CFooBar(DID_A, "test/a"));
+    EXPECT_EQ(a->getDriverRepository(), DRIVER::INSTANCE());
+
+    VXPPtr<IBar> bar;
+    ASSERT_TRUE(DRIVER::GET_IF("test/a", bar).isSuccess());
+    EXPECT_EQ(bar->bar(), 2);
+    VXPPtr<IBaz> baz;
+    XCode rc = DRIVER::GET_IF("test/a", baz);
+    EXPECT_EQ(rc.getString(), "INTERFACE NOT SUPPORTED: test/a");
+    EXPECT_FALSE(baz);
+    rc = DRIVER::GET_IF("test/none", bar);
+    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
+    EXPECT_EQ(rc.getString(), "DRIVER DOES NOT EXIST: test/none");
+    EXPECT_FALSE(bar);
+
+    ASSERT_TRUE(DRIVER::REMOVE("test/a").isSuccess());
+    EXPECT_FALSE(a->getDriverRepository());
+    EXPECT_EQ(DRIVER::REMOVE("test/a").getString(), "DRIVER DOES NOT EXIST: test/a");
+
+    VXPPtr<IDriver> b = add(new CFoo(DID_A, "test/b"));
+    ASSERT_TRUE(DRIVER::REMOVE(b).isSuccess());
+    EXPECT_TRUE(DRIVER::GET_IF("test/b", IUnknown::IID(), nullptr).isErr());
+}
+
+TEST_F(DriverRepositoryTest, RefusesDuplicatesAndInvalidDrivers) {
+    VXPPtr<IDriver> first = add(new CFoo(DID_A, "test/dup"));
+    VXPPtr<IDriver> second(new CFooBar(DID_A, "test/dup"));
+    XCode rc = DRIVER::ADD(second);
+    EXPECT_TRUE(rc.isErr());
+    EXPECT_EQ(rc.getString(), "DRIVER ALREADY EXISTS: test/dup");
+    EXPECT_TRUE(DRIVER::ADD(first).isErr());  // the same object again
+    EXPECT_FALSE(second->getDriverRepository());
+    EXPECT_EQ(static_cast<CFoo*>(second.get())->getRefCount(), 1u);  // not kept
+
+    // Removing an object that is not the one registered under its name fails
+    // and leaves the registered one alone.
+    EXPECT_EQ(DRIVER::REMOVE(second).getString(), "DRIVER DOES NOT EXIST: test/dup");
+    EXPECT_TRUE(DRIVER::GET_IF("test/dup", IFoo::IID(), nullptr).isSuccess());
+    EXPECT_FALSE(DRIVER::GET_IF("test/dup", IBar::IID(), nullptr).isSuccess());
+
+    EXPECT_EQ(DRIVER::ADD(VXPPtr<IDriver>()).getString(), "INVALID DRIVER");
+    EXPECT_EQ(DRIVER::ADD(VXPPtr<IDriver>(new CFoo(DID_A, ""))).getString(), "INVALID DRIVER");
+}
+
+TEST_F(DriverRepositoryTest, TheRepositoryKeepsDriversAliveUntilRemoved) {
+    bool destroyed = false;
+    {
+        VXPPtr<IDriver> d(new CFoo(DID_A, "test/kept", &destroyed));
+        ASSERT_TRUE(DRIVER::ADD(d).isSuccess());
+        EXPECT_EQ(static_cast<CFoo*>(d.get())->getRefCount(), 2u);
+    }
+    EXPECT_FALSE(destroyed);
+    VXPPtr<IFoo> foo;
+    ASSERT_TRUE(DRIVER::GET_IF("test/kept", foo).isSuccess());
+    EXPECT_EQ(foo->foo(), 1);
+    foo = nullptr;
+    ASSERT_TRUE(DRIVER::REMOVE("test/kept").isSuccess());
+    EXPECT_TRUE(destroyed);
+
+    // A client reference outlives the removal.
+    destroyed = false;
+    VXPPtr<IDriver> client = add(new CFoo(DID_A, "test/client", &destroyed));
+    DRIVER::REMOVE("test/client");
+    EXPECT_FALSE(destroyed);
+    client = nullptr;
+    EXPECT_TRUE(destroyed);
+}
+
+TEST_F(DriverRepositoryTest, ListsByTypePrefixAndInterfaceInRegistrationOrder) {
+    add(new CFooBar(DID_A, "test/x/1"));
+    add(new CFoo(DID_A, "test/x/2"));
+    add(new CFooBar(DID_B, "test/x/3"));
+    add(new CFooBarBaz(DID_A, "test/y/4"));
+    add(new CFooBar(DID_A, "test/x/5"));
+
+    struct Case {
+        VX::UUID did;
+        const char* prefix;
+        VX::UUID iid;
+        VXVector<String> expected;
+    } cases[] = {
+        {DID_A, "test/", IFoo::IID(), {"test/x/1", "test/x/2", "test/y/4", "test/x/5"}},
+        {DID_A, "test/", IBar::IID(), {"test/x/1", "test/y/4", "test/x/5"}},
+        {DID_A, "test/x/", IBar::IID(), {"test/x/1", "test/x/5"}},
+        {DID_B, "test/", IBar::IID(), {"test/x/3"}},
+        {DID_A, "test/", IBaz::IID(), {"test/y/4"}},
+        {DID_A, "test/", IInfo::IID(), {}},
+        {VX::UUID(), "test/x/", VX::UUID(), {"test/x/1", "test/x/2", "test/x/3", "test/x/5"}},
+    };
+    for (const Case& c : cases) {
+        VXVector<VXPPtr<IDriver>> found;
+        ASSERT_TRUE(DRIVER::GET_INTERFACES(c.did, c.prefix, c.iid, found).isSuccess());
+        EXPECT_EQ(names(found), c.expected) << c.prefix << " " << c.iid.toString().c_str();
+    }
+
+    // Re-registering puts a driver last.
+    VXPPtr<IDriver> first;
+    {
+        VXVector<VXPPtr<IDriver>> all;
+        DRIVER::GET_INTERFACES(DID_A, "test/x/1", VX::UUID(), all);
+        ASSERT_EQ(all.size(), 1u);
+        first = all[0];
+    }
+    DRIVER::REMOVE(first);
+    DRIVER::ADD(first);
+    VXVector<VXPPtr<IBar>> bars;
+    ASSERT_TRUE(DRIVER::GET_INTERFACES(DID_A, "test/", bars).isSuccess());
+    ASSERT_EQ(bars.size(), 3u);
+    VXPPtr<IDriver> last;
+    ASSERT_TRUE(bars[2]->queryIf(last).isSuccess());
+    EXPECT_EQ(last->getDriverName(), "test/x/1");
+    EXPECT_EQ(bars[0]->bar(), 2);
+}
+
+TEST_F(DriverRepositoryTest, ObserversSeeMatchingAddsAndRemovals) {
+    RecordingObserver observer("obs", &log_);
+    ASSERT_TRUE(observer.registerFor(DID_A, IBar::IID(), "test/watched/").isSuccess());
+    EXPECT_EQ(observer.registerFor(DID_A, IBar::IID(), "").getString(),
+              "OBSERVER ALREADY EXISTS: obs");
+
+    bool destroyedDuringCallback = true;
+    bool destroyed = false;
+    observer.onRemoved = [&](VXPPtr<IDriver>& d) {
+        destroyedDuringCallback = destroyed;
+        EXPECT_FALSE(d->getDriverRepository());
+        EXPECT_TRUE(DRIVER::GET_IF(d->getDriverName(), IUnknown::IID(), nullptr).isErr());
+    };
+    add(new CFooBar(DID_A, "test/watched/1", &destroyed));
+    add(new CFoo(DID_A, "test/watched/no-bar"));
+    add(new CFooBar(DID_B, "test/watched/other-type"));
+    add(new CFooBar(DID_A, "test/elsewhere"));
+    DRIVER::REMOVE("test/watched/1");
+    DRIVER::REMOVE("test/watched/no-bar");
+    EXPECT_EQ(log_, (std::vector<String>{"obs:+test/watched/1", "obs:-test/watched/1"}));
+    EXPECT_FALSE(destroyedDuringCallback);
+    EXPECT_TRUE(destroyed);
+
+    ASSERT_TRUE(DRIVER::REMOVE_REPOSITORY_OBSERVER("obs").isSuccess());
+    EXPECT_EQ(DRIVER::REMOVE_REPOSITORY_OBSERVER("obs").getString(),
+              "OBSERVER DOES NOT EXIST: obs");
+    add(new CFooBar(DID_A, "test/watched/2"));
+    EXPECT_EQ(log_.size(), 2u);
+    EXPECT_EQ(DRIVER::ADD_REPOSITORY_OBSERVER("x", DID_A, IBar::IID(), "", 0, false, false, nullptr)
+                  .getString(),
+              "INVALID OBSERVER");
+}
+
+TEST_F(DriverRepositoryTest, ObserversRunByPriorityThenRegistration) {
+    RecordingObserver late("late", &log_), first("first", &log_), second("second", &log_);
+    late.registerFor(DID_A, VX::UUID(), "test/", 5);
+    first.registerFor(DID_A, VX::UUID(), "test/", 1);
+    second.registerFor(DID_A, VX::UUID(), "test/", 1);
+    add(new CFoo(DID_A, "test/p"));
+    EXPECT_EQ(log_, (std::vector<String>{"first:+test/p", "second:+test/p", "late:+test/p"}));
+}
+
+TEST_F(DriverRepositoryTest, ExistingAndRemainingDriversOnRequest) {
+    add(new CFoo(DID_A, "test/e1"));
+    add(new CFoo(DID_A, "test/e2"));
+    RecordingObserver observer("obs", &log_);
+    observer.registerFor(DID_A, IFoo::IID(), "test/e", 0, true, true);
+    EXPECT_EQ(log_, (std::vector<String>{"obs:+test/e1", "obs:+test/e2"}));
+    DRIVER::REMOVE("test/e1");
+    DRIVER::REMOVE_REPOSITORY_OBSERVER("obs");
+    EXPECT_EQ(log_, (std::vector<String>{"obs:+test/e1", "obs:+test/e2", "obs:-test/e1",
+                                         "obs:-test/e2"}));
+}
+
+TEST_F(DriverRepositoryTest, CallbacksMayChangeDriversAndObservers) {
+    RecordingObserver a("a", &log_), b("b", &log_), c("c", &log_);
+    a.registerFor(DID_A, VX::UUID(), "test/");
+    b.registerFor(DID_A, VX::UUID(), "test/");
+    c.registerFor(DID_A, VX::UUID(), "test/");
+
+    // a removes b while an add is being told: b hears nothing more; a adds a
+    // further driver, which every remaining observer hears about.
+    a.onAdded = [&](VXPPtr<IDriver>& d) {
+        if (d->getDriverName() != "test/1") return;
+        DRIVER::REMOVE_REPOSITORY_OBSERVER("b");
+        add(new CFoo(DID_A, "test/from-callback"));
+    };
+    add(new CFoo(DID_A, "test/1"));
+    EXPECT_EQ(log_, (std::vector<String>{"a:+test/1", "a:+test/from-callback",
+                                         "c:+test/from-callback", "c:+test/1"}));
+    EXPECT_TRUE(DRIVER::GET_IF("test/from-callback", IFoo::IID(), nullptr).isSuccess());
+
+    // a removes the driver being added: observers after it are not told of
+    // an add that no longer holds, but everyone hears of the removal.
+    log_.clear();
+    a.onAdded = [&](VXPPtr<IDriver>& d) { DRIVER::REMOVE(d); };
+    add(new CFoo(DID_A, "test/2"));
+    EXPECT_EQ(log_, (std::vector<String>{"a:+test/2", "a:-test/2", "c:-test/2"}));
+
+    // An observer may remove itself from inside its own callback.
+    log_.clear();
+    a.onAdded = nullptr;
+    c.onRemoved = [&](VXPPtr<IDriver>&) { DRIVER::REMOVE_REPOSITORY_OBSERVER("c"); };
+    DRIVER::REMOVE("test/1");
+    DRIVER::REMOVE("test/from-callback");
+    EXPECT_EQ(log_, (std::vector<String>{"a:-test/1", "c:-test/1", "a:-test/from-callback"}));
+}
+
+}  // namespace
