@@ -65,9 +65,18 @@ Time& Time::operator*=(uint32_t n) {
     uint32_t nanos;
     if (n >= (1u << 30)) {
         double t = static_cast<double>(nanoseconds_) * n;
-        double c = t / NANOS_PER_SECOND;
-        carry = static_cast<uint64_t>(c);
-        nanos = static_cast<uint32_t>(t - static_cast<double>(carry) * NANOS_PER_SECOND);
+        carry = static_cast<uint64_t>(t / NANOS_PER_SECOND);
+        double rest = t - static_cast<double>(carry) * NANOS_PER_SECOND;
+        // The quotient is rounded before truncation, so the carry can be one
+        // too high (or low); keep the nanoseconds within 0..999999999.
+        if (rest < 0) {
+            --carry;
+            rest += NANOS_PER_SECOND;
+        } else if (rest >= NANOS_PER_SECOND) {
+            ++carry;
+            rest -= NANOS_PER_SECOND;
+        }
+        nanos = static_cast<uint32_t>(rest);
     } else {
         uint64_t t = static_cast<uint64_t>(nanoseconds_) * n;
         carry = t / NANOS_PER_SECOND;
@@ -90,6 +99,9 @@ Time& Time::operator/=(uint32_t n) {
     } else {
         nanos = (static_cast<uint64_t>(r) * NANOS_PER_SECOND + static_cast<uint64_t>(nanoseconds_)) / n;
     }
+    // r < n keeps the exact quotient below one second; only the rounding of
+    // the double path can reach it.
+    if (nanos > NANOS_PER_SECOND - 1) nanos = NANOS_PER_SECOND - 1;
     seconds_ = static_cast<int32_t>(q);
     nanoseconds_ = static_cast<int32_t>(nanos);
     return *this;
