@@ -36,7 +36,9 @@ XCode quickCheck(sqlite3* conn, const String& path) {
     XCode rc = st.prepare(conn, "PRAGMA quick_check", path);
     if (rc.isErr()) return rc;
     if (!st.step(rc)) return rc;
-    if (st.columnText(0) != "ok") return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + path);
+    if (st.columnText(0) != "ok") {
+        return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + detail::FILE_OF(conn, path));
+    }
     return XCode();
 }
 
@@ -63,7 +65,7 @@ XCode Database::OPEN_CONNECTION(VXPtr<Database>& out, const String& path, int fl
     // The layer serialises each connection itself (lock_).
     int r = sqlite3_open_v2(path.c_str(), &conn, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (r != SQLITE_OK) {
-        XCode rc = detail::SQLITE_FAILURE(conn, r, path);
+        XCode rc = detail::SQLITE_FAILURE(nullptr, r, path);
         sqlite3_close_v2(conn);
         return rc;
     }
@@ -76,7 +78,7 @@ XCode Database::OPEN_CONNECTION(VXPtr<Database>& out, const String& path, int fl
         sqlite3_close_v2(conn);
         return rc;
     }
-    VXPtr<Database> db(new Database(conn, path));
+    VXPtr<Database> db(new Database(conn, detail::FILE_OF(conn, path)));
     db->base_ = base;
     out = db;
     return XCode();
@@ -148,7 +150,7 @@ XCode Database::applySchemaFile(const String& path) {
     return applySchema(text.str());
 }
 
-XCode Database::begin(int type, bool& joined) {
+XCode Database::begin(int type, bool& joined, uint64_t& generation) {
     lock_.lock();
     if (depth_ > 0) {
         // The lock is re-entrant, so getting it with depth_ > 0 means this
@@ -162,6 +164,7 @@ XCode Database::begin(int type, bool& joined) {
         }
         ++depth_;
         joined = true;
+        generation = generation_;
         return XCode();
     }
     const char* sql = type == TRANSACTION_READ    ? "BEGIN"
@@ -175,12 +178,14 @@ XCode Database::begin(int type, bool& joined) {
     depth_ = 1;
     outerType_ = type;
     joined = false;
+    generation = ++generation_;
     return XCode();
 }
 
-XCode Database::end(bool commit, bool joined) {
+XCode Database::end(bool commit, bool joined, uint64_t generation) {
     if (joined) {
-        --depth_;
+        // One that outlived its outermost transaction only gives the lock back.
+        if (generation == generation_ && depth_ > 0) --depth_;
         lock_.unlock();
         return XCode();
     }

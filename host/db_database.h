@@ -43,8 +43,9 @@ public:
     // Opens the database file at `path` and reads its dictionary. A file that
     // cannot be opened fails with "CANNOT OPEN DATABASE FILE: <path>", one
     // that is not a database or fails SQLite's quick integrity check with
-    // "CORRUPT DATABASE FILE: <path>" (both E_CORRUPT), a schema the layer
+    // "CORRUPT DATABASE FILE: <file>" (both E_CORRUPT), a schema the layer
     // cannot map with its E_SCHEMA text. The file is never written by OPEN.
+    // <file>, in these texts and in getPath(), is the absolute path.
     static XCode OPEN(VXPtr<Database>& out, const String& path, OpenMode mode = OPEN_READ_WRITE);
     // A new, empty database that lives in memory as long as the object.
     static XCode OPEN_IN_MEMORY(VXPtr<Database>& out);
@@ -68,7 +69,7 @@ public:
     // The current dictionary. Transactions, keys and entries keep the one
     // they were made with.
     VXPtr<const Base> getBase() const;
-    // The file's path, or ":memory:".
+    // The file's absolute path, or ":memory:".
     const String& getPath() const { return path_; }
 
 private:
@@ -98,11 +99,13 @@ private:
     // Transactions. begin takes the connection lock and keeps it on success;
     // `joined` tells whether the calling thread already had a transaction
     // open, which this one then joins instead of opening an SQL transaction.
-    XCode begin(int type, bool& joined);
+    // `generation` identifies the outermost transaction, so that a joined one
+    // that outlives it (ended out of order) cannot disturb the next one.
+    XCode begin(int type, bool& joined, uint64_t& generation);
     // Ends a transaction begun with begin(): commits or rolls back the SQL
     // transaction when it is the outermost one, releases the lock, and after a
     // commit delivers the changes queued meanwhile.
-    XCode end(bool commit, bool joined);
+    XCode end(bool commit, bool joined, uint64_t generation);
     // Whether the calling thread has a transaction open, and of which type.
     bool inTransaction() const { return depth_ > 0 && lock_.isHeldByMe(); }
     int outerType() const { return outerType_; }
@@ -115,10 +118,11 @@ private:
     sqlite3* conn_;
     String path_;
     // Serialises conn_; held by an open transaction. Guards depth_,
-    // outerType_ and pending_.
+    // outerType_, generation_ and pending_.
     mutable VXLock lock_;
     unsigned depth_ = 0;
     int outerType_ = -1;
+    uint64_t generation_ = 0;
     VXVector<Notification> pending_;
 
     mutable std::mutex baseMutex_;  // guards base_, which is swapped by applySchema

@@ -27,22 +27,28 @@ String constraintDetail(const char* msg) {
 
 }  // namespace
 
+String FILE_OF(sqlite3* conn, const String& fallback) {
+    if (!conn) return fallback;
+    const char* name = sqlite3_db_filename(conn, "main");
+    return name && *name ? String(name) : String(":memory:");
+}
+
 XCode SQLITE_FAILURE(sqlite3* conn, int rc, const String& what) {
     const char* msg = conn ? sqlite3_errmsg(conn) : sqlite3_errstr(rc);
     switch (rc & 0xFF) {
         case SQLITE_NOTADB:
         case SQLITE_CORRUPT:
-            return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + what);
+            return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + FILE_OF(conn, what));
         case SQLITE_CANTOPEN:
-            return XCode(E_CORRUPT, "CANNOT OPEN DATABASE FILE: " + what);
+            return XCode(E_CORRUPT, "CANNOT OPEN DATABASE FILE: " + FILE_OF(conn, what));
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return XCode(E_DATABASE, "DATABASE IS BUSY: " + what);
+            return XCode(E_DATABASE, "DATABASE IS BUSY: " + FILE_OF(conn, what));
         case SQLITE_READONLY:
-            return XCode(E_DATABASE, "DATABASE IS READ-ONLY: " + what);
+            return XCode(E_DATABASE, "DATABASE IS READ-ONLY: " + FILE_OF(conn, what));
         case SQLITE_IOERR:
         case SQLITE_FULL:
-            return XCode(E_DATABASE, "DATABASE I/O ERROR: " + what);
+            return XCode(E_DATABASE, "DATABASE I/O ERROR: " + FILE_OF(conn, what));
         case SQLITE_CONSTRAINT:
             switch (rc) {
                 case SQLITE_CONSTRAINT_UNIQUE:

@@ -17,9 +17,15 @@ namespace DB::detail {
 // The SQL text of an identifier: in double quotes, inner quotes doubled.
 String QUOTE(const String& name);
 
-// The XCode of a failed SQLite call `rc` on `conn`. `what` names the object
-// (file, table) that goes last in the text. Constraint failures become
-// E_CONSTRAINT, unreadable files E_CORRUPT, everything else E_DATABASE.
+// The file of a connection as SQLite names it (absolute), ":memory:" for an
+// in-memory one, `fallback` without a connection.
+String FILE_OF(sqlite3* conn, const String& fallback);
+
+// The XCode of a failed SQLite call `rc` on `conn`. Failures of the file
+// (unreadable, busy, read-only, I/O) name the connection's file, or `what`
+// without a connection; constraint failures name `what` (the table).
+// Constraint failures are E_CONSTRAINT, unreadable files E_CORRUPT,
+// everything else E_DATABASE.
 XCode SQLITE_FAILURE(sqlite3* conn, int rc, const String& what);
 
 // Runs SQL text without results (one or more statements).

@@ -28,7 +28,7 @@ XCode Transaction::start() {
     if (type_ != TRANSACTION_READ && type_ != TRANSACTION_WRITE && type_ != TRANSACTION_CALLBACK) {
         return XCode(E_TRANSACTION).setStringF("INVALID TRANSACTION TYPE: %d", type_);
     }
-    XCode rc = db_->begin(type_, joined_);
+    XCode rc = db_->begin(type_, joined_, generation_);
     if (rc.isErr()) return rc;
     started_ = true;
     // Nobody can change the schema while the lock is held, so this is the
@@ -44,14 +44,14 @@ XCode Transaction::commit() {
         db_->addRegistrations(registrations_);
         registrations_.clear();
     }
-    return db_->end(true, joined_);
+    return db_->end(true, joined_, generation_);
 }
 
 XCode Transaction::rollback() {
     if (!started_) return XCode(E_TRANSACTION, "TRANSACTION NOT STARTED");
     started_ = false;
     registrations_.clear();
-    return db_->end(false, joined_);
+    return db_->end(false, joined_, generation_);
 }
 
 }  // namespace DB

@@ -64,6 +64,7 @@ private:
     VXPtr<const Base> base_;
     bool started_ = false;
     bool joined_ = false;
+    uint64_t generation_ = 0;
     VXVector<Database::Registration> registrations_;  // staged until commit
 };
 

@@ -1,0 +1,292 @@
+// Change callbacks: what reaches a registered component manager after a
+// commit (new, updated, deleted entries, readable, deleted ones with their
+// ancestors), what reaches nobody (rollbacks, failed operations, tables and
+// event types not registered), registrations staged in their transaction,
+// queued delivery, destroyed managers, and handlers that write.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "db_test_support.h"
+
+namespace {
+
+using dbtest::insert;
+using dbtest::inWrite;
+
+// One delivered change, read while it was being delivered.
+struct Seen {
+    DB::EventType_ type;
+    String table;
+    uint64_t uid;
+    String key;     // name (Interface), number (Port), ip (Address)
+    String parent;  // the parent Interface's name, for an Address
+    String mtu;     // for an Interface
+};
+
+class Recorder {
+public:
+    explicit Recorder(
+        VX::ComponentManager::Delivery delivery = VX::ComponentManager::DELIVER_DIRECT)
+        : manager_("recorder", delivery) {
+        manager_.addDatabaseHandler([this](DB::EventType_ type, DB::ObjRead& e) {
+            Seen s{type, e.getStructName(), e.getUID(), "", "", ""};
+            const char* key = s.table == "Interface" ? "name" : s.table == "Port" ? "number" : "ip";
+            EXPECT_TRUE(e.getAsString(key, s.key).isSuccess());
+            if (s.table == "Interface") {
+                EXPECT_TRUE(e.getAsString("mtu", s.mtu).isSuccess());
+            }
+            DB::ObjRead parent;
+            if (e.hasParent() && e.getParentObj(parent, 2, 10).isSuccess()) {
+                EXPECT_TRUE(parent.get("name", s.parent).isSuccess());
+            }
+            seen.push_back(s);
+        });
+    }
+
+    // Registers for `table` and each of `types`, in one callback transaction.
+    XCode watch(const VXPtr<DB::Database>& db, const char* table,
+                std::initializer_list<DB::EventType_> types = {DB::EVENT_NEW, DB::EVENT_DELETE,
+                                                               DB::EVENT_UPDATE}) {
+        DB::Transaction tx(DB::TRANSACTION_CALLBACK, db);
+        XCode rc = tx.start();
+        for (DB::EventType_ t : types) {
+            if (rc.isSuccess()) {
+                rc = DB::REGISTER_CALLBACK(tx, tx.getBase().getStructNo(table), t,
+                                           DB::CALLBACK_AFTER_COMMIT, &manager_);
+            }
+        }
+        return rc.isSuccess() ? tx.commit() : rc;
+    }
+
+    VX::ComponentManager manager_;
+    VXVector<Seen> seen;
+};
+
+class CallbackTest : public ::testing::Test {
+protected:
+    VXPtr<DB::Database> db_ = dbtest::openExample();
+    Recorder rec_;
+};
+
+TEST_F(CallbackTest, NewUpdatedAndDeletedEntriesArriveReadable) {
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
+                    return w.update("Interface", eth0, {{"mtu", "9000"}});
+                }).isSuccess());
+    ASSERT_TRUE(
+        inWrite(db_, [&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
+    ASSERT_EQ(rec_.seen.size(), 3u);
+    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_NEW);
+    EXPECT_EQ(rec_.seen[0].mtu, "1500");
+    EXPECT_EQ(rec_.seen[1].type, DB::EVENT_UPDATE);
+    EXPECT_EQ(rec_.seen[1].mtu, "9000");
+    EXPECT_EQ(rec_.seen[2].type, DB::EVENT_DELETE);
+    EXPECT_EQ(rec_.seen[2].mtu, "9000");
+    for (const Seen& s : rec_.seen) {
+        EXPECT_EQ(s.table, "Interface");
+        EXPECT_EQ(s.uid, eth0);
+        EXPECT_EQ(s.key, "eth0");
+    }
+}
+
+TEST_F(CallbackTest, DeletedChildrenStillNameTheirDeletedParent) {
+    ASSERT_TRUE(rec_.watch(db_, "Address").isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Interface", {DB::EVENT_DELETE}).isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    dbtest::addAddress(db_, eth0, "1", "10.0.0.1");
+    dbtest::addAddress(db_, eth0, "2", "10.0.0.2");
+    rec_.seen.clear();
+    ASSERT_TRUE(
+        inWrite(db_, [&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
+    ASSERT_EQ(rec_.seen.size(), 3u);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(rec_.seen[i].type, DB::EVENT_DELETE);
+        EXPECT_EQ(rec_.seen[i].table, "Address");
+        EXPECT_EQ(rec_.seen[i].parent, "eth0");
+    }
+    EXPECT_EQ(rec_.seen[0].key, "10.0.0.1");
+    EXPECT_EQ(rec_.seen[1].key, "10.0.0.2");
+    EXPECT_EQ(rec_.seen[2].table, "Interface");
+    EXPECT_EQ(rec_.seen[2].key, "eth0");
+}
+
+TEST_F(CallbackTest, ChangesArriveOnlyAfterTheCommit) {
+    ASSERT_TRUE(rec_.watch(db_, "Port").isSuccess());
+    DB::Transaction tx(DB::TRANSACTION_WRITE, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    DB::ObjWrite w(tx);
+    ASSERT_TRUE(w.insert("Port", {{"number", "1"}}).isSuccess());
+    ASSERT_TRUE(w.insert("Port", {{"number", "2"}}).isSuccess());
+    EXPECT_TRUE(rec_.seen.empty());
+    ASSERT_TRUE(tx.commit().isSuccess());
+    ASSERT_EQ(rec_.seen.size(), 2u);
+    EXPECT_EQ(rec_.seen[0].key, "1");
+    EXPECT_EQ(rec_.seen[1].key, "2");
+}
+
+TEST_F(CallbackTest, RolledBackAndFailedChangesReachNobody) {
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    dbtest::addAddress(db_, eth0, "1", "10.0.0.1");
+    rec_.seen.clear();
+    {
+        DB::Transaction tx(DB::TRANSACTION_WRITE, db_);
+        ASSERT_TRUE(tx.start().isSuccess());
+        DB::ObjWrite w(tx);
+        ASSERT_TRUE(w.insert("Interface", {{"name", "eth1"}}).isSuccess());
+        ASSERT_TRUE(w.update("Interface", eth0, {{"mtu", "1400"}}).isSuccess());
+        ASSERT_TRUE(tx.rollback().isSuccess());
+    }
+    {
+        DB::Transaction tx(DB::TRANSACTION_WRITE, db_);
+        ASSERT_TRUE(tx.start().isSuccess());
+        ASSERT_TRUE(DB::ObjWrite(tx).remove("Interface", eth0).isSuccess());
+        // Destroyed while open: rolled back.
+    }
+    XCode rc = inWrite(db_, [&](DB::ObjWrite& w) {
+        EXPECT_TRUE(w.insert("Interface", {{"name", "eth0"}}).isErr());
+        return XCode();
+    });
+    ASSERT_TRUE(rc.isSuccess());
+    EXPECT_TRUE(rec_.seen.empty());
+    // The rolled-back delete left the child too.
+    DB::Transaction tx(DB::TRANSACTION_READ, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    DB::ObjRead address(tx);
+    ASSERT_TRUE(address.setStructNo(4).isSuccess());
+    EXPECT_TRUE(address.readFirst().isSuccess());
+}
+
+TEST_F(CallbackTest, RegistrationsArePerTableAndEventType) {
+    ASSERT_TRUE(rec_.watch(db_, "Port", {DB::EVENT_NEW}).isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Port", {DB::EVENT_NEW}).isSuccess());  // once is enough
+    Recorder other;
+    ASSERT_TRUE(other.watch(db_, "Interface", {DB::EVENT_UPDATE}).isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    uint64_t port = insert(db_, "Port", {{"number", "1"}});
+    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
+                    XCode rc = w.update("Port", port, {{"vlan", "5"}});
+                    return rc.isSuccess() ? w.update("Interface", eth0, {{"mtu", "1280"}}) : rc;
+                }).isSuccess());
+    ASSERT_EQ(rec_.seen.size(), 1u);
+    EXPECT_EQ(rec_.seen[0].table, "Port");
+    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_NEW);
+    ASSERT_EQ(other.seen.size(), 1u);
+    EXPECT_EQ(other.seen[0].table, "Interface");
+    EXPECT_EQ(other.seen[0].mtu, "1280");
+}
+
+TEST_F(CallbackTest, RegistrationsTakeEffectAtTheirCommit) {
+    {
+        DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
+        ASSERT_TRUE(tx.start().isSuccess());
+        ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_).isSuccess());
+        ASSERT_TRUE(tx.rollback().isSuccess());
+    }
+    dbtest::addInterface(db_, "eth0");
+    EXPECT_TRUE(rec_.seen.empty());
+
+    DB::Transaction other(DB::TRANSACTION_READ, db_);
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
+    struct Case {
+        XCode rc;
+        uint32_t code;
+        const char* text;
+    };
+    Case before{DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
+                "TRANSACTION NOT STARTED"};
+    ASSERT_TRUE(tx.start().isSuccess());
+    ASSERT_TRUE(other.start().isSuccess());  // joins
+    Case cases[] = {
+        before,
+        {DB::REGISTER_CALLBACK(other, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
+         "NOT A CALLBACK TRANSACTION"},
+        {DB::REGISTER_CALLBACK(tx, 9, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_SCHEMA,
+         "INVALID DATABASE TABLE NUMBER: 9"},
+        {DB::REGISTER_CALLBACK(tx, 2, static_cast<DB::EventType_>(3), 1, &rec_.manager_),
+         DB::E_VALUE, "INVALID DATABASE EVENT TYPE: 3"},
+        {DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 0, &rec_.manager_), DB::E_VALUE,
+         "UNSUPPORTED CALLBACK TYPE: 0"},
+        {DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, nullptr), DB::E_VALUE,
+         "NO COMPONENT MANAGER"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(c.rc.getValue(), c.code) << c.text;
+        EXPECT_EQ(c.rc.getString(), c.text);
+    }
+}
+
+TEST_F(CallbackTest, ChangingTheIdentifierIsADeleteAndANewEntry) {
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    rec_.seen.clear();
+    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
+                    XCode rc = w.update("Interface", eth0, {{"mtu", "1500"}});  // no change
+                    return rc.isSuccess() ? w.update("Interface", eth0, {{"name", "wan0"}}) : rc;
+                }).isSuccess());
+    ASSERT_EQ(rec_.seen.size(), 2u);
+    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_DELETE);
+    EXPECT_EQ(rec_.seen[0].key, "eth0");
+    EXPECT_EQ(rec_.seen[1].type, DB::EVENT_NEW);
+    EXPECT_EQ(rec_.seen[1].key, "wan0");
+    EXPECT_EQ(rec_.seen[1].uid, eth0);
+}
+
+TEST_F(CallbackTest, QueuedDeliveryWaitsForTheOwner) {
+    Recorder queued(VX::ComponentManager::DELIVER_QUEUED);
+    ASSERT_TRUE(queued.watch(db_, "Interface").isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    ASSERT_TRUE(
+        inWrite(db_, [&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
+    EXPECT_TRUE(queued.seen.empty());
+    EXPECT_EQ(queued.manager_.getNumberOfQueuedEvents(), 2u);
+    EXPECT_EQ(queued.manager_.processQueuedEvents(), 2u);
+    ASSERT_EQ(queued.seen.size(), 2u);
+    EXPECT_EQ(queued.seen[1].type, DB::EVENT_DELETE);
+    EXPECT_EQ(queued.seen[1].key, "eth0");
+    EXPECT_EQ(queued.manager_.processQueuedEvents(), 0u);
+}
+
+TEST_F(CallbackTest, DestroyedManagersAndRemovedHandlersHearNothing) {
+    auto gone = std::make_unique<Recorder>();
+    ASSERT_TRUE(gone->watch(db_, "Interface").isSuccess());
+    gone.reset();
+    unsigned calls = 0;
+    unsigned id = rec_.manager_.addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { ++calls; });
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    dbtest::addInterface(db_, "eth0");
+    EXPECT_EQ(calls, 1u);
+    EXPECT_TRUE(rec_.manager_.removeDatabaseHandler(id));
+    EXPECT_FALSE(rec_.manager_.removeDatabaseHandler(id));
+    dbtest::addInterface(db_, "eth1");
+    EXPECT_EQ(calls, 1u);
+    EXPECT_EQ(rec_.seen.size(), 2u);
+}
+
+TEST_F(CallbackTest, HandlersMayWriteAndTheirChangesFollow) {
+    // A component that gives every new interface a port of its own.
+    VX::ComponentManager builder("builder");
+    builder.addDatabaseHandler([this](DB::EventType_ type, DB::ObjRead& e) {
+        if (type != DB::EVENT_NEW) return;
+        String number = String::stringOf(static_cast<unsigned long long>(e.getUID()));
+        EXPECT_TRUE(insert(db_, "Port", {{"number", number}}) != 0);
+    });
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &builder).isSuccess());
+    ASSERT_TRUE(tx.commit().isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Port").isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    // The builder ran first (registered first) and its port was delivered
+    // before the recorder heard of the interface.
+    ASSERT_EQ(rec_.seen.size(), 2u);
+    EXPECT_EQ(rec_.seen[0].table, "Port");
+    EXPECT_EQ(rec_.seen[0].key, String::stringOf(static_cast<unsigned long long>(eth0)));
+    EXPECT_EQ(rec_.seen[1].table, "Interface");
+}
+
+}  // namespace
