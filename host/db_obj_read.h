@@ -42,11 +42,12 @@ public:
 
     // Positions on the entry of the key's table whose index fields equal the
     // key (the oldest if the index admits several). Fails with E_NOT_FOUND
-    // "DATABASE ENTRY NOT FOUND: <table>" when there is none, and for an
-    // incomplete or invalid key; the ObjRead is then unchanged.
+    // "DATABASE ENTRY NOT FOUND: <table>" when there is none, and with the
+    // key's own failure for an invalid or incomplete key ("INCOMPLETE
+    // DATABASE KEY: <table.field>"); the ObjRead is then unchanged.
     XCode lookup(const _Key& key);
     // Positions on the table's first entry (lowest UID), or the one after the
-    // current entry. E_NOT_FOUND "NO DATABASE ENTRY: <table>" when there is
+    // current entry (the first without one). E_NOT_FOUND "NO DATABASE ENTRY: <table>" when there is
     // none; the ObjRead is then unchanged.
     XCode readFirst();
     XCode readNext();
