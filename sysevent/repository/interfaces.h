@@ -16,11 +16,11 @@
 #include "host/unknown.h"
 #include "host/uuid.h"
 #include "host/xcode.h"
+#include "sysevent/graph/proxy_node.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
 
-class ProxyNode;
 class IReadObserver;
 class IExpressionObserver;
 

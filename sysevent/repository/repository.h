@@ -68,8 +68,7 @@ public:
 
     // Static operations: each takes the engine lock and forwards to the
     // member operation of the same name (below).
-    static XCode CREATE_CONSTANT(const String& name, const String& description,
-                                 const Value& value);
+    static XCode CREATE_CONSTANT(const String& name, const String& description, const Value& value);
     static void DESTROY_CONSTANT(const String& name);
     static XCode SET_VALUE(const String& name, const Value& value);
     static XCode GET_VALUE(const String& name, Value& value);
@@ -162,11 +161,6 @@ protected:
 
 private:
     Repository();
-
-    // Publishes `variable` (whose name nobody has) and re-evaluates.
-    XCode publishVariable(const VXPtr<CVariable>& variable);
-    // The object published under `name`, as INode, or null (no "db." magic).
-    static VXPPtr<INode> FIND(const String& name);
 };
 
 }  // namespace VX::SysEvent

@@ -1,0 +1,154 @@
+// CExpression: setting, re-evaluating and observing the formula of a
+// published expression.
+#include "sysevent/repository/expression.h"
+
+#include "host/crit.h"
+#include "host/lock.h"
+#include "host/monitor.h"
+#include "sysevent/language/parser.h"
+
+namespace VX::SysEvent {
+
+namespace {
+
+// Clears a flag when the scope ends.
+class BusyScope {
+public:
+    explicit BusyScope(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~BusyScope() { m_flag = false; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+}  // namespace
+
+CExpression::CExpression(const String& context, const String& name)
+    : CInherit(FULL_NAME(context, name), String()),
+      Reevaluable(static_cast<IExpression*>(this)),
+      m_context(context) {}
+
+String CExpression::FULL_NAME(const String& context, const String& name) {
+    return context.isEmpty() ? name : context + "." + name;
+}
+
+XCode CExpression::addExpressionObserver(IExpressionObserver* observer, bool notifyNow) {
+    m_expressionObservers.add(observer);
+    if (notifyNow) {
+        ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));
+        observer->onExpressionChanged(event);
+    }
+    return XCode();
+}
+
+void CExpression::removeExpressionObserver(IExpressionObserver* observer) {
+    m_expressionObservers.remove(observer);
+}
+
+String CExpression::getContext() const {
+    return m_context;
+}
+
+String CExpression::getExpression() const {
+    return m_description;
+}
+
+String CExpression::getType() const {
+    return "expression";
+}
+
+XCode CExpression::bind(const String& text) {
+    if (!ownsName()) {
+        return XCode::Failure(String::Formatted("VARIABLE ALREADY EXISTS: %s", name().c_str()));
+    }
+    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    VXLWPtr<Node> root;
+    ReevaluationIndex::Recording recording;
+    const bool reparse = text != m_text || isStale() || !m_target;
+    if (reparse) {
+        Parser parser;
+        ReevaluationIndex::Recording* outer = index.startRecording(&recording);
+        XCode rc = parser.parse(m_context, text);
+        index.startRecording(outer);
+        if (rc.isErr()) return rc;
+        if (parser.getRoots().empty() || !parser.getRoots()[0])
+            return XCode(XCode::GENERIC_FAILURE);
+        root = parser.getRoots()[0];
+    } else {
+        root = m_target;
+    }
+    // A name still bound to the same graph needs no re-binding: the graph
+    // cannot have closed a cycle through it, and its value is brought up to
+    // date when it is read.
+    if (proxy()->getTarget() != root.get()) {
+        if (XCode rc = proxy()->setNode(root.get()); rc.isErr()) return rc;
+    }
+    m_target = root;
+    if (reparse) index.setDependencies(*this, recording);
+    return XCode();
+}
+
+XCode CExpression::setExpression(const String& text) {
+    if (text.isEmpty()) return XCode();
+    if (MON && MON->getVerbosity() > 2) {
+        MON->monitor(MON->getVerbosity(), "[%s] Update expression: %s", name().c_str(),
+                     text.c_str());
+    }
+    XCode rc;
+    {
+        BusyScope busy(m_busy);
+        rc = bind(text);
+    }
+    if (rc.isErr()) {
+        if (MON) {
+            MON->monitor(4, "[%s] Updating expression failed: %s", name().c_str(),
+                         rc.toString().c_str());
+        }
+        return rc;
+    }
+    if (text != m_text) {
+        m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
+        m_text = text;
+    }
+    if (!m_expressionObservers.empty()) {
+        ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));
+        m_expressionObservers.notify([&event](IExpressionObserver* observer) {
+            ObserverEvent<IExpression> copy = event;
+            observer->onExpressionChanged(copy);
+        });
+    }
+    return XCode();
+}
+
+XCode CExpression::reevaluateExpression() {
+    // A re-evaluation reached from inside this object's own parse (a
+    // database variable made on the fly) is the parse already running.
+    if (m_busy || !isStale()) return XCode();
+    if (m_text.isEmpty()) {
+        ReevaluationIndex::INSTANCE().clearStale(*this);
+        return XCode();
+    }
+    return setExpression(m_text);
+}
+
+InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,
+                                    unsigned columnLimit, unsigned column,
+                                    const String& prefix) const {
+    addInfoRows(info, depthLimit, depth, columnLimit, column, prefix + "Expression",
+                {{"Context", m_context},
+                 {"Expression", m_description},
+                 {"Value", proxy()->getLastEvent().value.toString()}});
+    return info;
+}
+
+void CExpression::callDtor() {
+    {
+        VXAutoLock held(LOCK());
+        ReevaluationIndex::INSTANCE().forget(*this);
+    }
+    CConstant::callDtor();
+}
+
+}  // namespace VX::SysEvent

@@ -1,0 +1,66 @@
+// CExpression: a published expression, a named value computed by a formula
+// over other names. Its name's proxy node is bound to the root of the
+// formula's graph, so clients and other expressions read and observe it like
+// any other name. Names in the formula are resolved in the expression's
+// context ("pi" in context "example" is "pi" if that exists, else
+// "example.pi").
+//
+// Setting a formula that cannot be parsed, or that would make the name depend
+// on itself ("CIRCULAR REFERENCE"), fails and keeps the previous formula.
+#pragma once
+
+#include "host/inherit.h"
+#include "host/string.h"
+#include "host/xcode.h"
+#include "sysevent/repository/constant.h"
+#include "sysevent/repository/interfaces.h"
+#include "sysevent/repository/observer_list.h"
+#include "sysevent/repository/reevaluation_index.h"
+
+namespace VX::SysEvent {
+
+class CExpression : public CInherit<CExpression, CConstant, IExpression>, public Reevaluable {
+public:
+    // The expression context + "." + name (name alone for an empty context),
+    // without a formula: it reads "#N/A!" until one is set.
+    CExpression(const String& context, const String& name);
+
+    // The full name of an expression made from `context` and `name`.
+    static String FULL_NAME(const String& context, const String& name);
+
+    // IExpression (see interfaces.h). setExpression logs "[%s] Update
+    // expression: %s" above verbosity 2, and a failure "[%s] Updating
+    // expression failed: %s" at level 4. On success the description becomes
+    // "<name> := <text>" and the expression observers are told.
+    XCode addExpressionObserver(IExpressionObserver* observer, bool notifyNow) override;
+    void removeExpressionObserver(IExpressionObserver* observer) override;
+    String getContext() const override;
+    String getExpression() const override;
+    XCode setExpression(const String& text) override;
+    XCode reevaluateExpression() override;
+
+    String getType() const override;
+    // Rows (prefix + "Expression", name), then Context, Expression and Value.
+    InfoContainer& getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,
+                           unsigned columnLimit, unsigned column,
+                           const String& prefix) const override;
+
+    // The text of the formula in force (empty before the first success).
+    const String& getText() const { return m_text; }
+
+protected:
+    ~CExpression() override = default;
+    void callDtor() override;
+
+private:
+    // Parses `text` (or reuses the graph in force when `text` is the formula
+    // in force and no name it depends on changed) and binds the name to it.
+    XCode bind(const String& text);
+
+    const String m_context;
+    String m_text;
+    ObserverList<IExpressionObserver> m_expressionObservers;
+    bool m_busy = false;  // a setExpression of this object is running
+};
+
+}  // namespace VX::SysEvent

@@ -1,0 +1,300 @@
+// Repository: the instance, the static entry points, and creating, finding,
+// changing and destroying published objects.
+#include "sysevent/repository/repository.h"
+
+#include <new>
+
+#include "host/crit.h"
+#include "host/driver_repository.h"
+#include "host/lock.h"
+#include "sysevent/language/name_resolver.h"
+#include "sysevent/language/parser.h"
+#include "sysevent/repository/constant.h"
+#include "sysevent/repository/expression.h"
+#include "sysevent/repository/expression_set.h"
+#include "sysevent/repository/identifiers.h"
+#include "sysevent/repository/reevaluation_index.h"
+#include "sysevent/repository/variable.h"
+
+namespace VX::SysEvent {
+
+namespace {
+
+XCode failure(const char* format, const String& name) {
+    return XCode::Failure(String::Formatted(format, name.c_str()));
+}
+
+// The driver published under `name`, whatever it offers, or null.
+VXPPtr<IUnknown> findDriver(const String& name) {
+    VXPPtr<IUnknown> driver;
+    DRIVER::GET_IF(DRIVER_NAME_OF(name), driver);
+    return driver;
+}
+
+}  // namespace
+
+Repository::Repository() : VX::RefCounted(&LOCK()) {}
+
+VXPtr<Repository> Repository::INSTANCE() {
+    static Repository* const s_instance = [] {
+        Repository* repository = new Repository();
+        repository->addRef();  // never destroyed
+        return repository;
+    }();
+    return VXPtr<Repository>(s_instance);
+}
+
+// --- Static operations ---
+
+XCode Repository::CREATE_CONSTANT(const String& name, const String& description,
+                                  const Value& value) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->createConstant(name, description, value);
+}
+
+void Repository::DESTROY_CONSTANT(const String& name) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    repository->destroyConstant(name);
+}
+
+XCode Repository::SET_VALUE(const String& name, const Value& value) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->setValue(name, value);
+}
+
+XCode Repository::GET_VALUE(const String& name, Value& value) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->getValue(name, value);
+}
+
+XCode Repository::GET(const String& name, VXPPtr<IWrite>& out) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->get(name, out);
+}
+
+XCode Repository::GET(const String& pattern, VXVector<VXPPtr<INode>>& out) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->get(pattern, out);
+}
+
+XCode Repository::GET_MATCHING_NAME_PREFIXES(const String& pattern, VXVector<String>& out) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->getMatchingNamePrefixes(pattern, out);
+}
+
+bool Repository::IS_MATCHING_NAME_REG_EX(const String& pattern, const String& name) {
+    VXLockPtr<Repository> repository(INSTANCE());
+    return repository->isMatchingNameRegEx(pattern, name);
+}
+
+// --- Creating ---
+
+XCode Repository::createConstant(const String& name, const String& description,
+                                 const Value& value) {
+    if (findDriver(name)) return failure("VARIABLE ALREADY EXISTS: %s", name);
+    VXPtr<CConstant> constant(new (std::nothrow) CConstant(name, description, value));
+    if (!constant) return XCode(XCode::GENERIC_FAILURE);
+    return addConstant(constant);
+}
+
+XCode Repository::addConstant(const VXPtr<CConstant>& constant) {
+    if (!constant) return XCode(XCode::GENERIC_FAILURE);
+    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(constant.get())); rc.isErr()) return rc;
+    reevaluateExpressions();
+    return XCode();
+}
+
+XCode Repository::createVariable(const String& name, const String& description,
+                                 const Value& value) {
+    if (VXPPtr<IUnknown> existing = findDriver(name)) {
+        // The published variable of the name takes the value; nothing new is
+        // registered. Anything else under the name keeps it unchanged.
+        VXPPtr<IWrite> writable;
+        VXPPtr<INode> node;
+        if (existing->queryIf(writable).isErr()) {
+            return existing->queryIf(node).isSuccess()
+                       ? failure("VARIABLE DOES NOT HAVE WRITE ACCESS: %s", name)
+                       : failure("VARIABLE ALREADY EXISTS: %s", name);
+        }
+        if (XCode rc = writable->setValue(value); rc.isErr()) return rc;
+        if (existing->queryIf(node).isSuccess()) node->updateDescription(description);
+        return XCode();
+    }
+    VXPtr<CVariable> variable(new (std::nothrow) CVariable(name, description));
+    if (!variable) return XCode(XCode::GENERIC_FAILURE);
+    if (XCode rc = variable->setValue(value); rc.isErr()) return rc;
+    return addVariable(variable);
+}
+
+XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
+    if (!variable) return XCode(XCode::GENERIC_FAILURE);
+    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
+    reevaluateExpressions();
+    return XCode();
+}
+
+XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& context,
+                                   const String& name, const String& text) {
+    out = nullptr;
+    const bool isSet = NameResolver::IS_PATTERN(context);
+    const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
+    if (findDriver(fullName)) return failure("VARIABLE ALREADY EXISTS: %s", fullName);
+
+    VXPPtr<IDriver> driver;
+    VXPPtr<IExpression> expression;
+    if (isSet) {
+        VXPtr<CExpressionSet> set(new (std::nothrow) CExpressionSet(context, name));
+        if (!set) return XCode(XCode::GENERIC_FAILURE);
+        driver = set.get();
+        expression = set.get();
+    } else {
+        VXPtr<CExpression> single(new (std::nothrow) CExpression(context, name));
+        if (!single) return XCode(XCode::GENERIC_FAILURE);
+        driver = single.get();
+        expression = single.get();
+    }
+    if (XCode rc = DRIVER::ADD(driver); rc.isErr()) return rc;
+    if (XCode rc = expression->setExpression(text); rc.isErr()) {
+        DRIVER::REMOVE(driver->getDriverName());
+        return rc;
+    }
+    if (XCode rc = reevaluateExpressions(); rc.isErr()) {
+        DRIVER::REMOVE(driver->getDriverName());
+        reevaluateExpressions();
+        return rc;
+    }
+    out = expression;
+    return XCode();
+}
+
+XCode Repository::createExpression(const String& context, const String& name, const String& text) {
+    VXPPtr<IExpression> expression;
+    return createExpression(expression, context, name, text);
+}
+
+// --- Destroying ---
+
+void Repository::destroy(const String& name) {
+    {
+        VXPPtr<INode> node;
+        if (get(name, node).isSuccess()) node->dropNode();
+    }
+    DRIVER::REMOVE(DRIVER_NAME_OF(name));
+    reevaluateExpressions();
+}
+
+void Repository::destroyExpression(const String& context, const String& name) {
+    destroy(CExpression::FULL_NAME(context, name));
+}
+
+// --- Finding ---
+
+XCode Repository::get(const String& name, VXPPtr<INode>& out) {
+    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
+    if (name.startsWith("db.")) {
+        // Database fields come into being when first looked up; the
+        // database tracker writes their value.
+        VXPtr<CVariable> variable(new (std::nothrow) CVariable(name, "Database field"));
+        if (!variable) return XCode(XCode::GENERIC_FAILURE);
+        if (XCode rc = addVariable(variable); rc.isErr()) return rc;
+        out = variable.get();
+        return XCode();
+    }
+    return failure("VARIABLE DOES NOT EXIST: %s", name);
+}
+
+XCode Repository::get(const String& name, VXPPtr<IRead>& out) {
+    out = nullptr;
+    VXPPtr<INode> node;
+    if (XCode rc = get(name, node); rc.isErr()) return rc;
+    if (node->queryIf(out).isErr()) return failure("VARIABLE DOES NOT HAVE READ ACCESS: %s", name);
+    return XCode();
+}
+
+XCode Repository::get(const String& name, VXPPtr<IWrite>& out) {
+    out = nullptr;
+    VXPPtr<INode> node;
+    if (XCode rc = get(name, node); rc.isErr()) return rc;
+    if (node->queryIf(out).isErr()) return failure("VARIABLE DOES NOT HAVE WRITE ACCESS: %s", name);
+    return XCode();
+}
+
+XCode Repository::get(const String& name, VXPPtr<IExpression>& out) {
+    out = nullptr;
+    VXPPtr<INode> node;
+    if (XCode rc = get(name, node); rc.isErr()) return rc;
+    if (node->queryIf(out).isErr()) return failure("VARIABLE IS NOT AN EXPRESSION: %s", name);
+    return XCode();
+}
+
+// --- Values and formulas ---
+
+XCode Repository::setValue(const String& name, const Value& value) {
+    VXPPtr<IWrite> writable;
+    if (get(name, writable).isSuccess()) {
+        XCode rc = writable->setValue(value);
+        if (rc.isErr()) {
+            rc.extendString(String::Formatted("COULD NOT CHANGE VARIABLE: %s", name.c_str()), ": ");
+        }
+        return rc;
+    }
+    XCode rc = createVariable(name, String(), value);
+    if (rc.isErr()) {
+        rc.extendString(String::Formatted("COULD NOT CREATE VARIABLE ON THE FLY: %s", name.c_str()),
+                        ": ");
+    }
+    return rc;
+}
+
+XCode Repository::getValue(const String& name, Value& value) {
+    VXPPtr<IRead> readable;
+    if (XCode rc = get(name, readable); rc.isErr()) return rc;
+    value = readable->getValue();
+    return XCode();
+}
+
+XCode Repository::setExpression(const String& context, const String& name, const String& text) {
+    const bool isSet = NameResolver::IS_PATTERN(context);
+    const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
+    VXPPtr<IExpression> expression;
+    // An expression set has no node, so only the driver repository finds it.
+    if (get(fullName, expression).isSuccess() ||
+        (isSet && DRIVER::GET_IF(DRIVER_NAME_OF(fullName), expression).isSuccess())) {
+        return expression->setExpression(text);
+    }
+    return createExpression(context, name, text);
+}
+
+XCode Repository::evaluateExpression(const String& context, const String& text,
+                                     VXVector<Value>& out) {
+    out.clear();
+    // The look-ups of this parse are nobody's dependencies, also when it
+    // runs inside the parse of a published formula (an observer callback).
+    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex::Recording* outer = index.startRecording(nullptr);
+    Parser parser;
+    XCode rc = parser.parse(context, text);
+    index.startRecording(outer);
+    if (rc.isErr()) return rc;
+    for (const VXLWPtr<Node>& root : parser.getRoots()) {
+        if (!root) {
+            out.clear();
+            return XCode(XCode::GENERIC_FAILURE);
+        }
+        out.push_back(root->getLastEvent().value);
+    }
+    return XCode();
+}
+
+XCode Repository::reevaluateExpressions() {
+    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    if (!index.hasStale()) return XCode();
+    VXVector<VXPPtr<IExpression>> stale;
+    index.collectStale(stale);
+    for (const VXPPtr<IExpression>& expression : stale) {
+        if (XCode rc = expression->reevaluateExpression(); rc.isErr()) return rc;
+    }
+    return XCode();
+}
+
+}  // namespace VX::SysEvent
