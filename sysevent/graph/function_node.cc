@@ -34,6 +34,37 @@ Value errorValueOf(const XCode& code) {
     return Value(DST_ERR_GENERIC);
 }
 
+// The formatting of recompute's trace output lives out of line: recompute
+// recurses once per dirty level of a lazily read chain, and the temporaries
+// of the formatting would otherwise enlarge every one of those stack frames.
+[[gnu::noinline]] void appendArgumentText(String& text, size_t index, const Value& v) {
+    if (index) text += ", ";
+    text += v.toString();
+}
+
+[[gnu::noinline, gnu::cold]] void traceRecompute(RTD::Monitor* m, const FunctionNode& node,
+                                                 const String& argumentText, const Event& result) {
+    m->monitor(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
+               node.getFunctionName().c_str(), argumentText.c_str(),
+               result.value.toString().c_str(),
+               Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
+               VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
+}
+
+[[gnu::noinline]] void setErrorValue(Value& v, const Value& error) {
+    v = error;
+}
+
+[[gnu::noinline]] void setErrorValue(Value& v, DataSubType st) {
+    v = Value(st);
+}
+
+// compute(), with a failure turned into an error value.
+[[gnu::noinline]] void computeInto(FunctionNode& node, Event& result) {
+    const XCode rc = node.compute(result);
+    if (rc.isErr()) result.value = errorValueOf(rc);
+}
+
 }  // namespace
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
@@ -114,10 +145,18 @@ bool FunctionNode::forceRecompute() {
     return recompute(true);
 }
 
+bool FunctionNode::wouldCloseCycle(Node* child) const {
+    // This node lies below `child` only if some path leads up from it, so a
+    // node without parents (every node the parser is still building) skips
+    // the walk of child's subtree, which would make building a deep
+    // expression quadratic.
+    return child == this ||
+           (!m_parents.empty() && child->isDescendant(const_cast<FunctionNode*>(this)));
+}
+
 XCode FunctionNode::addChild(Node* child) {
     if (!child) return XCode(XCode::GENERIC_FAILURE);
-    if (child == this || child->isDescendant(this))
-        return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
     m_children.emplace_back(child);
     child->addParent(this);
     m_dirty = true;
@@ -127,8 +166,7 @@ XCode FunctionNode::addChild(Node* child) {
 XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChild) {
     if (index >= m_children.size() || !child) return XCode(XCode::GENERIC_FAILURE);
     oldChild = m_children[index];
-    if (child == this || child->isDescendant(this))
-        return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
@@ -232,10 +270,7 @@ bool FunctionNode::recompute(bool force) {
 
     for (size_t i = 0; i < m_children.size(); ++i) {
         const Event& e = m_children[i]->getLastEvent();
-        if (withArgumentText) {
-            if (i) argumentText += ", ";
-            argumentText += e.value.toString();
-        }
+        if (withArgumentText) appendArgumentText(argumentText, i, e.value);
         if (!manualTime) {
             if (i == 0)
                 result.setTime(e);
@@ -245,24 +280,16 @@ bool FunctionNode::recompute(bool force) {
         // The first error or undefined argument in order decides the result.
         if (!manualErrors && !result.value.isError()) {
             if (e.value.isError())
-                result.value = e.value;
+                setErrorValue(result.value, e.value);
             else if (e.value.getDataType() == DT_UNDEF)
-                result.value = Value(DST_ERR_VAL);
+                setErrorValue(result.value, DST_ERR_VAL);
         }
     }
     if (m_children.empty() && !manualTime) result.start = result.end = VX::Time::NOW(1);
 
-    if (!result.value.isError()) {
-        const XCode rc = compute(result);
-        if (rc.isErr()) result.value = errorValueOf(rc);
-    }
+    if (!result.value.isError()) computeInto(*this, result);
 
-    if (RTD::Monitor* m = traceMonitor()) {
-        m->monitor(3, "[%s] %s(%s) -> %s (during %s on %s)", getLogName().c_str(),
-                   m_functionName.c_str(), argumentText.c_str(), result.value.toString().c_str(),
-                   Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
-                   VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
-    }
+    if (RTD::Monitor* m = traceMonitor()) traceRecompute(m, *this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
 }
 

@@ -121,6 +121,10 @@ protected:
     uint32_t m_changedUpdates = 0;
 
 private:
+    // True when taking `child` as an argument would make this node its own
+    // descendant.
+    bool wouldCloseCycle(Node* child) const;
+
     // The parents that answered yes to this node's shallBeUpdated in the
     // running propagation, once per yes; they, and only they, expect an
     // update from this node. Filled on the first visit of a propagation and
