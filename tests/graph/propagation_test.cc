@@ -68,6 +68,41 @@ TEST_F(Propagation, SameArgumentTwiceCountsTwoUpdatesAndRecomputesOnce) {
     }
 }
 
+TEST_F(Propagation, EveryParentIsAskedAndAnswersForItself) {
+    auto a = leaf("a", 1);
+    auto x = make<TNEG>({a.get()});
+    auto p1 = make<TSUM>({x.get()});
+    auto q = make<TSUM>({x.get()});
+    auto p2 = make<TSUM>({x.get()});
+    p1->addInterest();
+    p2->addInterest();
+    EXPECT_EQ(q->getValue(), Value(99ULL));
+    a->setValue(Value(2ULL));
+    expectQuiescent({a.get()});
+    EXPECT_EQ(p1->peekLastEvent().value, Value(98ULL));
+    EXPECT_EQ(p2->peekLastEvent().value, Value(98ULL));
+    EXPECT_TRUE(q->isDirty());
+    EXPECT_EQ(q->computes, 1);
+    EXPECT_EQ(x->computes, 2);
+}
+
+TEST_F(Propagation, ChangeStopsWhereAValueComesOutEqual) {
+    auto a = leaf("a", 1);
+    auto constant = make<TFAIL>({a.get()});  // succeeds with 7 whatever a is
+    auto top = make<TSUM>({constant.get()});
+    auto side = make<TSUM>({constant.get(), a.get()});
+    top->addInterest();
+    side->addInterest();
+    for (unsigned long long v : {2ULL, 3ULL}) {
+        a->setValue(Value(v));
+        expectQuiescent({a.get()});
+    }
+    EXPECT_EQ(top->computes, 1);
+    // side is told by a (changed) and by constant (unchanged): one recompute.
+    EXPECT_EQ(side->computes, 3);
+    EXPECT_EQ(side->peekLastEvent().value, Value(10ULL));
+}
+
 TEST_F(Propagation, UnobservedChainIsMarkedDirtyAndComputedWhenRead) {
     auto a = leaf("a", 1);
     auto n1 = make<TNEG>({a.get()});
