@@ -1,0 +1,153 @@
+// Expression sets: members made, kept and removed as names matching the
+// context appear and vanish; observers handed to new members; rows.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "host/driver_repository.h"
+#include "repository/repository_test_support.h"
+#include "sysevent/repository/expression_set.h"
+
+namespace VX::SysEvent::testing {
+namespace {
+
+class CountingExpressionObserver : public IExpressionObserver {
+public:
+    int count = 0;
+    void onExpressionChanged(ObserverEvent<IExpression>&) override { ++count; }
+};
+
+TEST(ExpressionSets, MembersFollowTheNamesTheContextCovers) {
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    ASSERT_TRUE(repository->createVariable(N("port1.rx"), "", U(10)).isSuccess());
+    ASSERT_TRUE(repository->createVariable(N("port2.rx"), "", U(20)).isSuccess());
+    VXPPtr<IExpression> set;
+    ASSERT_TRUE(repository->createExpression(set, N("port%"), "twice", "rx * 2").isSuccess());
+    ASSERT_TRUE(set);
+    EXPECT_EQ(set->getExpression(), "rx * 2");
+    EXPECT_EQ(set->getContext(), N("port%"));
+    EXPECT_EQ(valueOf(N("port1.twice")), U(20));
+    EXPECT_EQ(valueOf(N("port2.twice")), U(40));
+    VXPPtr<IExpression> member;
+    ASSERT_TRUE(repository->get(N("port1.twice"), member).isSuccess());
+    EXPECT_EQ(member->getContext(), N("port1"));
+
+    // The set has no node: looking it up by name finds nothing.
+    VXPPtr<INode> node;
+    EXPECT_EQ(repository->get(N("port%.twice"), node).getString(),
+              "VARIABLE DOES NOT EXIST: " + N("port%.twice"));
+
+    // A third matching name: a third member at the re-evaluation that its
+    // creation causes; existing members are kept as they are.
+    ASSERT_TRUE(repository->createVariable(N("port3.rx"), "", U(30)).isSuccess());
+    EXPECT_EQ(valueOf(N("port3.twice")), U(60));
+    VXPPtr<IExpression> again;
+    ASSERT_TRUE(repository->get(N("port1.twice"), again).isSuccess());
+    EXPECT_EQ(again.get(), member.get());
+
+    // A member's own name keeps its prefix matching, so the member outlives
+    // the name that brought it; it goes when both have gone.
+    repository->destroyVariable(N("port2.rx"));
+    EXPECT_EQ(valueOf(N("port2.twice")), Value(DST_ERR_NA));
+    repository->destroyVariable(N("port2.twice"));
+    EXPECT_TRUE(repository->reevaluateExpressions().isSuccess());
+    EXPECT_FALSE(exists(N("port2.twice")));
+
+    // Destroying the set removes its members.
+    repository->destroyExpression(N("port%"), "twice");
+    set = nullptr;
+    member = nullptr;
+    again = nullptr;
+    EXPECT_FALSE(exists(N("port1.twice")));
+    EXPECT_FALSE(exists(N("port3.twice")));
+}
+
+TEST(ExpressionSets, ContextMatchingNothingHasNoMembersUntilNamesAppear) {
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    VXPPtr<IExpression> set;
+    ASSERT_TRUE(repository->createExpression(set, N("line%"), "ok", "NOT(alarm)").isSuccess());
+    CExpressionSet* impl = dynamic_cast<CExpressionSet*>(set.get());
+    ASSERT_NE(impl, nullptr);
+    EXPECT_TRUE(impl->getMembers().empty());
+
+    CountingExpressionObserver observer;
+    set->addExpressionObserver(&observer, true);  // notifyNow is ignored by sets
+    EXPECT_EQ(observer.count, 0);
+
+    ASSERT_TRUE(repository->createVariable(N("line1.alarm"), "", Value(false)).isSuccess());
+    EXPECT_EQ(impl->getMembers().size(), 1u);
+    EXPECT_EQ(valueOf(N("line1.ok")), Value(true));
+    // The new member was given the set's observer (without notifyNow); it
+    // hears of the member's later updates.
+    VXPPtr<IExpression> member;
+    ASSERT_TRUE(repository->get(N("line1.ok"), member).isSuccess());
+    EXPECT_EQ(observer.count, 0);
+    ASSERT_TRUE(member->setExpression("alarm").isSuccess());
+    EXPECT_EQ(observer.count, 1);
+
+    // An observer added to the set after a member exists is not given to it.
+    CountingExpressionObserver late;
+    set->addExpressionObserver(&late, false);
+    ASSERT_TRUE(member->setExpression("NOT(alarm)").isSuccess());
+    EXPECT_EQ(late.count, 0);
+    EXPECT_EQ(observer.count, 2);
+    set->removeExpressionObserver(&late);
+    set->removeExpressionObserver(&observer);
+    member->removeExpressionObserver(&observer);
+}
+
+TEST(ExpressionSets, FailingMemberFailsTheSetAndKeepsTheOldMembers) {
+    CapturedLog log(4);
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    ASSERT_TRUE(repository->createVariable(N("a1.v"), "", U(1)).isSuccess());
+    VXPPtr<IExpression> set;
+    ASSERT_TRUE(repository->createExpression(set, N("a%"), "w", "v + 1").isSuccess());
+    ASSERT_TRUE(repository->createVariable(N("a2.v"), "", U(2)).isSuccess());
+    ASSERT_TRUE(exists(N("a2.w")));
+
+    // A member whose formula refers to itself: the whole update fails.
+    const XCode rc = set->setExpression("w + 1");
+    EXPECT_EQ(rc.getString(), "CIRCULAR REFERENCE");
+    EXPECT_EQ(set->getExpression(), "v + 1");
+    EXPECT_TRUE(log->contains("[" + N("a%") + ".w] Updating set of expressions failed:"));
+    EXPECT_EQ(valueOf(N("a1.w")), U(2));
+    EXPECT_EQ(valueOf(N("a2.w")), U(3));
+}
+
+TEST(ExpressionSets, SetExpressionOfTheRepositoryFindsTheSet) {
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    ASSERT_TRUE(repository->createVariable(N("s1.v"), "", U(4)).isSuccess());
+    ASSERT_TRUE(repository->setExpression(N("s%"), "w", "v * 2").isSuccess());
+    EXPECT_EQ(valueOf(N("s1.w")), U(8));
+    ASSERT_TRUE(repository->setExpression(N("s%"), "w", "v * 3").isSuccess());
+    EXPECT_EQ(valueOf(N("s1.w")), U(12));
+}
+
+TEST(ExpressionSets, DiagnosticRowsListTheMembers) {
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    ASSERT_TRUE(repository->createVariable(N("d1.v"), "", U(1)).isSuccess());
+    ASSERT_TRUE(repository->createExpression(N("d%"), "w", "v + 1").isSuccess());
+    VXPPtr<IInfo> info;
+    ASSERT_TRUE(DRIVER::GET_IF("var/" + N("d%") + ".w", info).isSuccess());
+
+    InfoContainer rows;
+    info->getInfo(rows, 9, 0, 0, 0, String());
+    const std::vector<InfoContainer::Row> expected = {
+        {0, 0, "Expression Set", N("d%") + ".w"},
+        {1, 0, "Context", N("d%")},
+        {1, 0, "Expression", "v + 1"},
+        {1, 0, "Expressions", ""},
+        {2, 0, "Expression", N("d1.w")},
+        {3, 0, "Context", N("d1")},
+        {3, 0, "Expression", N("d1.w") + " := v + 1"},
+        {3, 0, "Value", "2"},
+    };
+    EXPECT_EQ(rows.getRows(), expected);
+
+    InfoContainer shallow;
+    info->getInfo(shallow, 1, 0, 0, 0, String());
+    EXPECT_EQ(shallow.size(), 4u);
+}
+
+}  // namespace
+}  // namespace VX::SysEvent::testing
