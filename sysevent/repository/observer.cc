@@ -1,0 +1,204 @@
+// Observer: subscriptions by pattern and by object, kept current as published
+// objects come and go, and the hand-over of each notification to a callback.
+//
+// Every table here is guarded by the engine lock. Notifications reach the
+// client while that lock is held, and a direct client callback may call back
+// into this Observer (addTo, removeFrom, ...), so loops over the tables work
+// on snapshots and never keep iterators across a call out.
+#include "sysevent/repository/observer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/crit.h"
+#include "host/driver_repository.h"
+#include "host/lock.h"
+#include "sysevent/repository/identifiers.h"
+#include "sysevent/repository/repository.h"
+
+namespace VX::SysEvent {
+
+namespace {
+
+// The patterns of the name table with their notifyNow flags, copied so that a
+// callback may change the table while the caller walks the copy.
+VXVector<std::pair<String, bool>> snapshot(const VXStringHashTable<bool>& names) {
+    return VXVector<std::pair<String, bool>>(names.begin(), names.end());
+}
+
+// The IRead of a driver, or null for drivers that cannot be read (expression
+// sets).
+VXPPtr<IRead> readInterfaceOf(VXPPtr<IDriver>& driver) {
+    VXPPtr<IRead> object;
+    if (!driver) return object;
+    VXLockPtr<IDriver> held(driver);
+    driver->queryIf(object);
+    return object;
+}
+
+}  // namespace
+
+Observer::Observer() {
+    addToDriverRepository();
+}
+
+Observer::Observer(ValueChangeCallback onValueChange)
+    : valueChangeCallback_(std::move(onValueChange)) {
+    addToDriverRepository();
+}
+
+Observer::Observer(ValueChangeCallback onValueChange, DestroyCallback onDestroy)
+    : destroyCallback_(std::move(onDestroy)), valueChangeCallback_(std::move(onValueChange)) {
+    addToDriverRepository();
+}
+
+Observer::~Observer() {
+    VXAutoLock engine(LOCK());
+    removeFromDriverRepository();
+    removeFromAll();
+    // Release the callbacks while the engine lock is still held: a queued
+    // call that the engine's loop is about to take then either ran already or
+    // finds its queue emptied, and never starts after this returns.
+    valueChangeCallback_ = ValueChangeCallback();
+    destroyCallback_ = DestroyCallback();
+}
+
+void Observer::setValueChangeCallback(ValueChangeCallback onValueChange) {
+    VXAutoLock engine(LOCK());
+    valueChangeCallback_ = std::move(onValueChange);
+}
+
+void Observer::setDestroyCallback(DestroyCallback onDestroy) {
+    VXAutoLock engine(LOCK());
+    destroyCallback_ = std::move(onDestroy);
+}
+
+void Observer::addTo(const String& pattern, bool notifyNow) {
+    VXAutoLock engine(LOCK());
+    XCode rc;
+    {
+        VXLockPtr<Repository> repository(Repository::INSTANCE());
+        rc = repository->addObserver(*this, pattern, notifyNow);
+    }
+    // Only a plain name without an object, or a pattern that does not
+    // compile, fails; a wildcard that matches nothing yet succeeds quietly.
+    if (rc.isErr() && notifyNow) notifyValueChanged(pattern, Value(DST_ERR_NA));
+    names_[pattern] = notifyNow;
+}
+
+void Observer::removeFrom(const String& pattern) {
+    VXAutoLock engine(LOCK());
+    names_.erase(pattern);
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    repository->removeObserver(*this, pattern);
+}
+
+void Observer::addTo(VXPPtr<IRead>& object, bool notifyNow) {
+    VXAutoLock engine(LOCK());
+    if (!object) return;
+    if (std::find(observed_.begin(), observed_.end(), object.get()) != observed_.end()) return;
+    {
+        VXLockPtr<IRead> held(object);
+        held->addValueObserver(this, notifyNow);
+    }
+    observed_.push_back(object.get());
+}
+
+void Observer::removeFrom(VXPPtr<IRead>& object) {
+    VXAutoLock engine(LOCK());
+    if (!object) return;
+    VXLockPtr<IRead> held(object);
+    unsubscribe(held.get());
+}
+
+void Observer::removeFromAll() {
+    VXAutoLock engine(LOCK());
+    VXVector<IRead*> observed;
+    observed.swap(observed_);
+    names_.clear();
+    for (IRead* object : observed) object->removeValueObserver(this);
+}
+
+String Observer::getDriverRepositoryObserverName() const {
+    return String::Formatted("SysEvent::Observer[%p]", static_cast<const void*>(this));
+}
+
+void Observer::addToDriverRepository() {
+    DRIVER::ADD_REPOSITORY_OBSERVER(getDriverRepositoryObserverName(), DID_Variable(), IRead::IID(),
+                                    DRIVER_NAME_PREFIX, 0, false, false,
+                                    static_cast<IDriverRepositoryObserver*>(this));
+}
+
+void Observer::removeFromDriverRepository() {
+    DRIVER::REMOVE_REPOSITORY_OBSERVER(getDriverRepositoryObserverName());
+}
+
+void Observer::onValueDestroyed(IRead* object) {
+    VXAutoLock engine(LOCK());
+    forget(object);
+    notifyValueDestroyed(object->getName());
+}
+
+void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
+                              const Value& newValue) {
+    String name;
+    {
+        VXLockPtr<IRead> held(source);
+        name = held->getName();
+    }
+    notifyValueChanged(name, newValue);
+}
+
+void Observer::notifyValueDestroyed(const String& name) {
+    // A copy keeps the implementation alive should the callable replace the
+    // callback while it runs.
+    DestroyCallback callback = destroyCallback_;
+    if (!callback.hasCallable()) return;
+    callback(name);
+}
+
+void Observer::notifyValueChanged(const String& name, const Value& value) {
+    ValueChangeCallback callback = valueChangeCallback_;
+    if (!callback.hasCallable()) return;
+    callback(name, value);
+}
+
+XCode Observer::onDriverAdded(String& /*driverName*/, VXPPtr<IDriverRepository>& /*repository*/,
+                              VXPPtr<IDriver>& driver) {
+    VXAutoLock engine(LOCK());
+    VXPPtr<IRead> object = readInterfaceOf(driver);
+    if (!object) return XCode();
+    const String name = object->getName();
+    // Once per matching pattern: overlapping patterns subscribe twice, and
+    // each change then arrives twice, as for objects found by addTo.
+    for (const auto& [pattern, notifyNow] : snapshot(names_)) {
+        if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
+        object->addValueObserver(this, notifyNow);
+        observed_.push_back(object.get());
+    }
+    return XCode();
+}
+
+void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr<IDriver>& driver) {
+    VXAutoLock engine(LOCK());
+    VXPPtr<IRead> object = readInterfaceOf(driver);
+    if (!object) return;
+    const String name = object->getName();
+    for (const auto& [pattern, notifyNow] : snapshot(names_)) {
+        if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
+        unsubscribe(object.get());
+        if (notifyNow) notifyValueChanged(name, Value(DST_ERR_NA));
+    }
+}
+
+void Observer::unsubscribe(IRead* object) {
+    const auto held = std::count(observed_.begin(), observed_.end(), object);
+    for (auto i = held; i > 0; --i) object->removeValueObserver(this);
+    forget(object);
+}
+
+void Observer::forget(IRead* object) {
+    observed_.erase(std::remove(observed_.begin(), observed_.end(), object), observed_.end());
+}
+
+}  // namespace VX::SysEvent

@@ -1,0 +1,191 @@
+// How notifications reach the client: through a subclass, dropped without a
+// callable, directly, synchronously under a loop's lock, and queued to an
+// event loop (on the manual clock, and once on the loop's real thread), plus
+// a direct callback that calls the Repository while a change is delivered.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "host/event_loop.h"
+#include "observer/observer_test_support.h"
+
+namespace VX::SysEvent::testing {
+namespace {
+
+using Deliveries = ObserverTest;
+
+// Receives the notifications by overriding instead of through callbacks.
+class Counting : public Observer {
+public:
+    void notifyValueChanged(const String& name, const Value& value) override {
+        seen.push_back(changed(name.c_str(), value.toString().c_str()));
+    }
+    void notifyValueDestroyed(const String& name) override {
+        seen.push_back(destroyed(name.c_str()));
+    }
+    std::vector<Seen> seen;
+};
+
+TEST_F(Deliveries, SubclassReceivesWhatCallbacksWouldAndObserverWithoutCallbacksDropsIt) {
+    Counting counting;
+    Observer silent;  // no callable: everything it receives is dropped
+    counting.addTo("sub.a", true);
+    silent.addTo("sub.a", true);
+    set("sub.a", 1);
+    set("sub.a", 2);
+    VXPPtr<IRead> object = readOf("sub.a");
+    counting.addTo(object, false);  // found subscribed already
+    destroy("sub.a");
+    object = nullptr;
+    EXPECT_EQ(counting.seen, (std::vector<Seen>{changed("sub.a", kNA), changed("sub.a", "1"),
+                                                changed("sub.a", "2"), changed("sub.a", kNA),
+                                                changed("sub.a", kNA)}));
+}
+
+TEST_F(Deliveries, ReplacedCallbackTakesOverAtOnce) {
+    set("swap.a", 1);
+    Recorder first, second;
+    Observer observer(first.direct(), first.directDestroy());
+    VXPPtr<IRead> object = readOf("swap.a");
+    observer.addTo(object, false);
+    observer.setValueChangeCallback(second.direct());
+    observer.setDestroyCallback(second.directDestroy());
+    set("swap.a", 2);
+    destroy("swap.a");
+    object = nullptr;
+    EXPECT_TRUE(first.seen().empty());
+    EXPECT_EQ(second.seen(), (std::vector<Seen>{changed("swap.a", "2"), changed("swap.a", kNA),
+                                                destroyed("swap.a")}));
+}
+
+TEST_F(Deliveries, DirectAndSynchronousCallbacksRunInsideTheChangeUnderTheEngineLock) {
+    bool heldDirect = false, heldSync = false;
+    std::thread::id syncThread;
+    Observer direct(Observer::ValueChangeCallback(
+        VX::directCall(), [&](String, Value) { heldDirect = LOCK().isHeldByMe(); }));
+    Observer sync(Observer::ValueChangeCallback(
+        EVENT_LOOP(),
+        [&](String, Value) {
+            heldSync = LOCK().isHeldByMe();
+            syncThread = std::this_thread::get_id();
+        },
+        VX::Delivery::Sync));
+    direct.addTo("inline.a", false);
+    sync.addTo("inline.a", false);
+    set("inline.a", 1);  // creates the name: nothing reported without notifyNow
+    EXPECT_FALSE(heldDirect || heldSync);
+    set("inline.a", 2);
+    EXPECT_TRUE(heldDirect);
+    EXPECT_TRUE(heldSync);
+    EXPECT_EQ(syncThread, std::this_thread::get_id());
+    destroy("inline.a");
+}
+
+TEST_F(Deliveries, QueuedCallsRunInOrderWhenTheLoopRuns) {
+    Recorder r;
+    Observer observer(r.on(EVENT_LOOP(), VX::Delivery::Queued));
+    observer.addTo("q.a", true);
+    set("q.a", 1);
+    set("q.a", 2);
+    EXPECT_TRUE(r.seen().empty());
+    VX::ManualTime::ADVANCE(0);
+    EXPECT_EQ(r.seen(),
+              (std::vector<Seen>{changed("q.a", kNA), changed("q.a", "1"), changed("q.a", "2")}));
+    destroy("q.a");
+}
+
+TEST_F(Deliveries, QueuedCallsDieWithTheObserverUnlessAskedToStay) {
+    for (bool keep : {false, true}) {
+        SCOPED_TRACE(keep ? "kept" : "dropped");
+        Recorder r;
+        {
+            Observer::ValueChangeCallback callback = r.on(EVENT_LOOP(), VX::Delivery::Queued);
+            callback.setDontCancelOnDestruction(keep);
+            Observer observer(std::move(callback));
+            observer.addTo("qd.a", false);
+            set("qd.a", 1);
+            set("qd.a", 2);
+            set("qd.a", 3);
+        }
+        VX::ManualTime::ADVANCE(0);
+        if (keep) {
+            EXPECT_EQ(r.seen(), (std::vector<Seen>{changed("qd.a", "2"), changed("qd.a", "3")}));
+        } else {
+            EXPECT_TRUE(r.seen().empty());
+        }
+        destroy("qd.a");
+    }
+}
+
+// The one test on the engine loop's own thread: queued calls arrive there,
+// and calls still queued when the Observer dies never run.
+TEST(DeliveryOnRealThread, QueuedCallsRunOnTheLoopThreadAndDieWithTheObserver) {
+    ASSERT_FALSE(VX::ManualTime::IS_ENABLED());
+    Recorder r;
+    std::thread::id ranOn;
+    {
+        Observer observer(Observer::ValueChangeCallback(
+            EVENT_LOOP(),
+            [&](String n, Value v) {
+                ranOn = std::this_thread::get_id();
+                r.onChange(n, v);
+            },
+            VX::Delivery::Queued));
+        observer.addTo("rt.a", true);
+        set("rt.a", 1);
+        ASSERT_TRUE(r.waitFor(2));
+        EXPECT_NE(ranOn, std::this_thread::get_id());
+        EXPECT_EQ(r.seen(), (std::vector<Seen>{changed("rt.a", kNA), changed("rt.a", "1")}));
+
+        // Holding the engine lock keeps the loop from running anything until
+        // the Observer is gone.
+        LOCK().lock();
+        set("rt.a", 2);
+    }
+    LOCK().unlock();
+    // Calls run in posting order: once this marker ran, so did (or would
+    // have) every handling signalled before it.
+    Recorder marker;
+    EVENT_LOOP().post([&] { marker.onDestroy("marker"); });
+    ASSERT_TRUE(marker.waitFor(1));
+    EXPECT_EQ(r.seen().size(), 2u);
+    destroy("rt.a");
+}
+
+TEST_F(Deliveries, DirectCallbackMayUseTheRepositoryWhileTheChangeIsDelivered) {
+    set("re.b", 0);
+    set("re.a", 0);
+    {
+        VXAutoLock engine(LOCK());
+        ASSERT_TRUE(Repository::INSTANCE()->createExpression("re", "twice", "b * 2").isSuccess());
+    }
+    Recorder r;
+    Observer watcher(r.direct());
+    watcher.addTo("re.b", false);
+    watcher.addTo("re.twice", false);
+    std::vector<unsigned long long> readBack;
+    Observer writer(Observer::ValueChangeCallback(VX::directCall(), [&](String, Value v) {
+        // Re-enters the engine lock held by the changing thread.
+        ASSERT_TRUE(Repository::SET_VALUE("re.b", Value(v.data.uint * 10)).isSuccess());
+        Value b;
+        ASSERT_TRUE(Repository::GET_VALUE("re.b", b).isSuccess());
+        readBack.push_back(b.data.uint);
+    }));
+    writer.addTo("re.a", false);
+    set("re.a", 4);
+    EXPECT_EQ(readBack, std::vector<unsigned long long>{40});
+    // The variable's own observers hear of the value set from the callback,
+    // and so does the expression over it.
+    EXPECT_EQ(r.seen(), (std::vector<Seen>{changed("re.b", "40"), changed("re.twice", "80")}));
+    {
+        VXAutoLock engine(LOCK());
+        Repository::INSTANCE()->destroyExpression("re", "twice");
+    }
+    destroy("re.a");
+    destroy("re.b");
+}
+
+}  // namespace
+}  // namespace VX::SysEvent::testing
