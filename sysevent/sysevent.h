@@ -36,3 +36,6 @@
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/repository/variable.h"
+#include "sysevent/repository/observer.h"
+#include "sysevent/repository/typed_accessors.h"
+#include "sysevent/repository/example_client.h"
