@@ -1,0 +1,32 @@
+// LITERAL_KEY: exact, readable sharing keys for literals.
+#include "sysevent/language/literal_key.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace VX::SysEvent {
+
+namespace {
+
+String floatKey(double d) {
+    String text;
+    for (int digits = 6; digits <= 17; ++digits) {
+        text = String::Formatted("%.*g", digits, d);
+        if (strtod(text.c_str(), nullptr) == d) break;
+    }
+    // Only digits (and a sign) would read back as an integer literal.
+    if (strpbrk(text.c_str(), ".eEnN") == nullptr) text += ".0";
+    return text;
+}
+
+}  // namespace
+
+String LITERAL_KEY(const Value& v) {
+    if (v.subtype == DST_FLP) return floatKey(v.data.flp);
+    if (v.subtype == DST_STRING && v.data.string.indexOf('\0') >= 0) {
+        return "'" + v.data.string + "'";
+    }
+    return v.toString();
+}
+
+}  // namespace VX::SysEvent
