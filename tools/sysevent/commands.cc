@@ -307,8 +307,8 @@ bool Session::cmdInfo(const CommandLine& cmd, Failure& failure) {
         object->getInfo(info, 3, 0, 0, 0, String());
     }
     for (const InfoContainer::Row& row : info.getRows()) {
-        output_.line(String(std::string(2 * static_cast<size_t>(row.level), ' ')) + row.key + ": " +
-                     row.value);
+        String indent(std::string(2 * static_cast<size_t>(row.level), ' '));
+        output_.line(indent + row.key + (row.value.isEmpty() ? String(":") : ": " + row.value));
     }
     return true;
 }

@@ -18,32 +18,48 @@ String TIME_OF_DAY(const VX::Time& t) {
 }
 
 WatchList::~WatchList() {
-    observers_.clear();
+    // Each Observer unsubscribes as it goes, before its Watch does.
+    for (auto& entry : watches_) entry.second->observer.reset();
+    watches_.clear();
 }
 
 bool WatchList::watch(const String& pattern) {
-    if (observers_.count(pattern)) return false;
+    if (watches_.count(pattern)) return false;
+    auto watch = std::make_unique<Watch>();
+    Watch* raw = watch.get();
     Observer::ValueChangeCallback callback(
-        VX::directCall(), [this](String name, Value value) { print(name, value); });
-    auto observer = std::make_unique<Observer>(callback);
-    Observer* raw = observer.get();
-    observers_.emplace(pattern, std::move(observer));
-    raw->addTo(pattern, true);
+        VX::directCall(), [this, raw](String name, Value value) { print(*raw, name, value); });
+    watch->observer = std::make_unique<Observer>(callback);
+    watches_.emplace(pattern, std::move(watch));
+    raw->observer->addTo(pattern, true);
     return true;
 }
 
 bool WatchList::unwatch(const String& pattern) {
-    return observers_.erase(pattern) > 0;
+    auto it = watches_.find(pattern);
+    if (it == watches_.end()) return false;
+    it->second->observer.reset();
+    watches_.erase(it);
+    return true;
 }
 
 std::vector<String> WatchList::patterns() const {
     std::vector<String> out;
-    for (const auto& entry : observers_) out.push_back(entry.first);
+    for (const auto& entry : watches_) out.push_back(entry.first);
     return out;
 }
 
-void WatchList::print(const String& name, const Value& value) {
-    output_.line(TIME_OF_DAY(VX::Time::NOW()) + " " + name + " = " + value.toString());
+void WatchList::print(Watch& watch, const String& name, const Value& value) {
+    String text = value.toString();
+    // Two values with one display text differ when their kinds do (1 and 1.0).
+    String key = String::Formatted("%d ", static_cast<int>(value.subtype)) + text;
+    {
+        std::lock_guard<std::mutex> guard(watch.mutex);
+        auto it = watch.lastPrinted.find(name);
+        if (it != watch.lastPrinted.end() && it->second == key) return;
+        watch.lastPrinted[name] = key;
+    }
+    output_.line(TIME_OF_DAY(VX::Time::NOW()) + " " + name + " = " + text);
 }
 
 }  // namespace SysEventTool

@@ -4,12 +4,18 @@
 // time of day (UTC, milliseconds), the name, " = " and the value's display
 // text. An object matched by two watched patterns prints once per pattern.
 //
+// A notification that repeats the value last printed for the name under the
+// same pattern is no change and prints nothing: the engine may tell an
+// observer of one change twice (an object that is destroyed reports "#N/A!"
+// from its node and again from the driver repository).
+//
 // Changes are printed from whichever thread makes them: the command thread
 // for set and friends, the event loop's thread for timers.
 #pragma once
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "host/string.h"
@@ -41,12 +47,18 @@ public:
     std::vector<String> patterns() const;
 
 private:
-    void print(const String& name, const VX::SysEvent::Value& value);
+    struct Watch {
+        std::unique_ptr<VX::SysEvent::Observer> observer;
+        std::mutex mutex;
+        std::map<String, String> lastPrinted;  // name -> kind and text; guarded by mutex
+    };
+
+    void print(Watch& watch, const String& name, const VX::SysEvent::Value& value);
 
     Output& output_;
-    // Only the command thread changes the map; the observers' callbacks do
-    // not touch it.
-    std::map<String, std::unique_ptr<VX::SysEvent::Observer>> observers_;
+    // Only the command thread changes the map; a watch's callback touches
+    // only its own Watch.
+    std::map<String, std::unique_ptr<Watch>> watches_;
 };
 
 }  // namespace SysEventTool
