@@ -7,17 +7,23 @@
 // Delivery is direct (handlers run on the committing thread, right after the
 // commit) or queued (the change waits until the component's own thread calls
 // processQueuedEvents), for components whose state belongs to one thread.
+//
+// No lock of the manager is held while a handler runs, so handlers may take
+// any lock (the engine lock) and may write to the database, add or remove
+// handlers, or destroy the manager.
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 #include "host/containers.h"
 #include "host/db_obj_read.h"
 #include "host/db_types.h"
-#include "host/lock.h"
 #include "host/string.h"
 
 namespace VX {
@@ -31,9 +37,9 @@ public:
 
     explicit ComponentManager(const String& name = String(), Delivery delivery = DELIVER_DIRECT);
     // Ends every database registration made with this manager: no handler
-    // runs once this returns. If another thread is running a handler of this
-    // manager, waits for it to return, so don't destroy a manager while
-    // holding a lock that its handlers take.
+    // starts once this has begun. Waits for handlers of this manager that are
+    // running on other threads, so don't destroy a manager while holding a
+    // lock that its handlers take if other threads may be delivering to it.
     ~ComponentManager();
     ComponentManager(const ComponentManager&) = delete;
     ComponentManager& operator=(const ComponentManager&) = delete;
@@ -42,7 +48,8 @@ public:
     Delivery getDelivery() const { return delivery_; }
 
     // Adds a handler for database changes; returns its id (never 0). Handlers
-    // run in the order they were added.
+    // run in the order they were added. Adding or removing a handler does not
+    // affect a change whose delivery has begun.
     unsigned addDatabaseHandler(DatabaseHandler handler);
     // False when there is no handler with that id.
     bool removeDatabaseHandler(unsigned id);
@@ -52,8 +59,9 @@ public:
     // the entry; queued delivery keeps a copy for processQueuedEvents.
     void onDatabaseEvent(DB::EventType_ type, const DB::ObjRead& entry);
 
-    // Queued delivery: runs the handlers for every change queued so far, in
-    // order, on the calling thread; returns how many changes were delivered.
+    // Queued delivery: runs the handlers for every change queued so far, and
+    // for those queued meanwhile, in order, on the calling thread; returns
+    // how many changes were delivered.
     size_t processQueuedEvents();
     size_t getNumberOfQueuedEvents() const;
 
@@ -62,13 +70,14 @@ public:
     const std::shared_ptr<ComponentEndpoint>& getEndpoint() const { return endpoint_; }
 
 private:
-    void runHandlers(DB::EventType_ type, const DB::ObjRead& entry);
+    friend class ComponentEndpoint;
+    using Handlers = VXVector<std::pair<unsigned, DatabaseHandler>>;
 
     String name_;
     Delivery delivery_;
     std::shared_ptr<ComponentEndpoint> endpoint_;
-    // Guarded by the endpoint's lock.
-    VXVector<std::pair<unsigned, DatabaseHandler>> handlers_;
+    // Guarded by the endpoint's mutex.
+    Handlers handlers_;
     unsigned nextId_ = 1;
     VXList<std::pair<DB::EventType_, DB::ObjRead>> queue_;
 };
@@ -82,11 +91,17 @@ public:
 
 private:
     friend class ComponentManager;
-    // Held while the manager's handlers and queue are used, so that the
-    // manager's destructor waits for a delivery in progress. Re-entrant: a
-    // handler may add or remove handlers.
-    mutable VXLock lock_;
-    ComponentManager* manager_ = nullptr;  // guarded by lock_; null once destroyed
+
+    // Runs `handlers` outside the mutex, counted in running_ meanwhile.
+    void run(const ComponentManager::Handlers& handlers, DB::EventType_ type,
+             const DB::ObjRead& entry);
+
+    // Guards manager_, running_ and the manager's handlers and queue. Never
+    // held while a handler runs.
+    mutable std::mutex mutex_;
+    std::condition_variable idle_;         // signalled when a thread leaves running_
+    ComponentManager* manager_ = nullptr;  // null once the manager is destroyed
+    VXVector<std::thread::id> running_;    // one element per handler run in progress
     std::atomic<bool> alive_{true};
 };
 

@@ -107,7 +107,7 @@ private:
     // commit delivers the changes queued meanwhile.
     XCode end(bool commit, bool joined, uint64_t generation);
     // Whether the calling thread has a transaction open, and of which type.
-    bool inTransaction() const { return depth_ > 0 && lock_.isHeldByMe(); }
+    bool inTransaction() const { return lock_.isHeldByMe() && depth_ > 0; }
     int outerType() const { return outerType_; }
 
     // Called by writes inside the outermost write transaction.

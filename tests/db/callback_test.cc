@@ -265,6 +265,23 @@ TEST_F(CallbackTest, DestroyedManagersAndRemovedHandlersHearNothing) {
     EXPECT_EQ(rec_.seen.size(), 2u);
 }
 
+TEST_F(CallbackTest, AHandlerMayDestroyItsManager) {
+    auto owner = std::make_unique<VX::ComponentManager>("short-lived");
+    int after = 0;
+    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { owner.reset(); });
+    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { ++after; });
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, owner.get()).isSuccess());
+    ASSERT_TRUE(tx.commit().isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    dbtest::addInterface(db_, "eth0");
+    EXPECT_FALSE(owner);
+    EXPECT_EQ(after, 0);  // nothing of a destroyed manager runs
+    dbtest::addInterface(db_, "eth1");
+    EXPECT_EQ(rec_.seen.size(), 2u);  // the others go on hearing
+}
+
 TEST_F(CallbackTest, HandlersMayWriteAndTheirChangesFollow) {
     // A component that gives every new interface a port of its own.
     VX::ComponentManager builder("builder");
