@@ -6,15 +6,21 @@
 #include <sys/select.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <iostream>
 #include <string>
 
 #if SYSEVENT_WITH_LIBEDIT
 #include <editline/readline.h>
+
+#include <vector>
+
+#include "tools/sysevent/completion.h"
 #endif
 
 namespace SysEventTool {
@@ -32,6 +38,24 @@ void onLine(char* line) {
     // Without this, libedit would prompt again before readLine returns.
     rl_callback_handler_remove();
 }
+
+// libedit asks for the candidates one at a time.
+std::vector<String> s_matches;
+
+char* nextMatch(const char* /*text*/, int state) {
+    size_t index = static_cast<size_t>(state);
+    return index < s_matches.size() ? strdup(s_matches[index].c_str()) : nullptr;
+}
+
+char** complete(const char* text, int start, int /*end*/) {
+    bool atLineStart = true;
+    for (int i = 0; i < start; ++i) {
+        if (!isspace(static_cast<unsigned char>(rl_line_buffer[i]))) atLineStart = false;
+    }
+    s_matches = COMPLETE(String(text), atLineStart);
+    rl_attempted_completion_over = 1;  // no file names
+    return rl_completion_matches(text, nextMatch);
+}
 #endif
 
 }  // namespace
@@ -46,6 +70,8 @@ LineEditor::LineEditor(Output& output, const String& prompt) : output_(output), 
     if (home && *home) historyFile_ = String(home) + "/.sysevent_history";
     using_history();
     stifle_history(1000);
+    rl_attempted_completion_function = complete;
+    rl_completer_word_break_characters = const_cast<char*>(COMPLETION_WORD_BREAKS);
     if (!historyFile_.isEmpty()) read_history(historyFile_.c_str());
 #endif
 }

@@ -62,6 +62,12 @@ bool Session::execute(const String& file, unsigned line, const String& text) {
     return !quit_;
 }
 
+std::vector<String> Session::COMMAND_NAMES() {
+    std::vector<String> names;
+    for (const Command& c : COMMANDS) names.push_back(c.name);
+    return names;
+}
+
 void Session::reportError(const String& where, const String& message) {
     ++errors_;
     output_.error(where + ": error: " + message);

@@ -15,6 +15,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "host/string.h"
 #include "host/xcode.h"
@@ -51,6 +52,9 @@ public:
 
     // The help text: one line per command.
     void printHelp(const String& command);
+
+    // The names of the commands, in the order help lists them.
+    static std::vector<String> COMMAND_NAMES();
 
 private:
     struct Failure {
