@@ -292,6 +292,9 @@ XCode Repository::reevaluateExpressions() {
     VXVector<VXPPtr<IExpression>> stale;
     index.collectStale(stale);
     for (const VXPPtr<IExpression>& expression : stale) {
+        // An earlier re-evaluation may have removed it (a set drops members).
+        VXPPtr<IDriver> driver;
+        if (expression->queryIf(driver).isErr() || !driver->getDriverRepository()) continue;
         if (XCode rc = expression->reevaluateExpression(); rc.isErr()) return rc;
     }
     return XCode();
