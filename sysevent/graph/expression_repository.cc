@@ -8,7 +8,7 @@
 namespace VX::SysEvent {
 
 void ExpressionRepository::add(const String& key, Node* node) {
-    m_nodes.emplace(key, VXLWPtr<Node>(node));
+    m_nodes.insert_or_assign(key, VXLWPtr<Node>(node));
 }
 
 VXLWPtr<Node> ExpressionRepository::get(const String& key) const {

@@ -22,8 +22,8 @@ class ExpressionRepository : public VXSingleton<ExpressionRepository> {
 public:
     virtual ~ExpressionRepository() = default;
 
-    // Stores `node` (taking a reference) under `key`, replacing nothing that
-    // is already there: callers look up first.
+    // Stores `node` (taking a reference) under `key`. There is no check for an
+    // existing entry (callers look up first); one would be replaced.
     void add(const String& key, Node* node);
     // The node stored under `key` (exact byte match), or null.
     VXLWPtr<Node> get(const String& key) const;
