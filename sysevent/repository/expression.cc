@@ -2,6 +2,8 @@
 // published expression.
 #include "sysevent/repository/expression.h"
 
+#include <vector>
+
 #include "host/crit.h"
 #include "host/lock.h"
 #include "host/monitor.h"
@@ -86,7 +88,16 @@ XCode CExpression::bind(const String& text) {
         if (XCode rc = proxy()->setNode(root.get()); rc.isErr()) return rc;
     }
     m_target = root;
-    if (reparse) index.setDependencies(*this, recording);
+    if (reparse) {
+        // Without a context a plain name always resolves to its own proxy
+        // node, whether or not an object has it: its coming and going moves
+        // no graph, so only database names (made again on the fly when
+        // looked up) and patterns are dependencies.
+        if (m_context.isEmpty()) {
+            std::erase_if(recording.names, [](const String& n) { return !n.startsWith("db."); });
+        }
+        index.setDependencies(*this, recording);
+    }
     return XCode();
 }
 

@@ -28,6 +28,8 @@ TEST(Expressions, FollowANameThatIsCreatedDestroyedAndCreatedAgain) {
     EXPECT_EQ(valueOf(N("e")), Value(DST_ERR_NA));
     RecordingObserver observer;
     readable(N("e"))->addValueObserver(&observer, false);
+    CountingExpressionObserver parses;  // told of every successful (re-)parse
+    e->addExpressionObserver(&parses, false);
 
     ASSERT_TRUE(repository->createVariable(N("a"), "", U(4)).isSuccess());
     EXPECT_EQ(valueOf(N("e")), U(8));
@@ -36,8 +38,10 @@ TEST(Expressions, FollowANameThatIsCreatedDestroyedAndCreatedAgain) {
     ASSERT_TRUE(repository->createConstant(N("a"), "", U(5)).isSuccess());
     EXPECT_EQ(valueOf(N("e")), U(10));
     EXPECT_EQ(observer.newValues(), (std::vector<Value>{U(8), Value(DST_ERR_NA), U(10)}));
-    // The formula was never set again.
+    // The name's node was re-bound each time; the formula was never parsed again.
+    EXPECT_EQ(parses.count, 0);
     EXPECT_EQ(e->getExpression(), N("e") + " := " + N("a") + " * 2");
+    e->removeExpressionObserver(&parses);
     readable(N("e"))->removeValueObserver(&observer);
 }
 
