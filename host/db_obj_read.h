@@ -52,6 +52,9 @@ public:
     XCode readFirst();
     XCode readNext();
 
+    // The dictionary the entry was read with.
+    const VXPtr<const Base>& getDatabaseDescription() const { return base_; }
+
     // Whether the ObjRead holds an entry.
     bool hasEntry() const { return row_ != nullptr; }
     // The entry's unique id within its table (its SQLite rowid); 0 without one.

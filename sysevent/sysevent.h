@@ -39,3 +39,5 @@
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/typed_accessors.h"
 #include "sysevent/repository/example_client.h"
+#include "host/db.h"
+#include "sysevent/database/database_tracker.h"

@@ -1,0 +1,142 @@
+// DatabaseTracker: tracking variables, observing tables and entries, and
+// writing changed entries' values into the variables bound to them.
+#include "sysevent/database/database_tracker.h"
+
+#include "sysevent/database/tracker_log.h"
+#include "sysevent/repository/repository.h"
+
+namespace VX::SysEvent {
+
+using detail::TRACKER_LOG;
+
+namespace {
+
+// The variable's name, read holding its lock.
+String nameOf(const VXPPtr<IRead>& variable) {
+    VXLockPtr<IRead> locked(variable);
+    return locked->getName();
+}
+
+}  // namespace
+
+DatabaseTracker::DatabaseTracker(VX::ComponentManager* manager) : manager_(manager) {}
+
+// Registrations with the database are not withdrawn: they end with the
+// component manager.
+DatabaseTracker::~DatabaseTracker() = default;
+
+XCode DatabaseTracker::startObservation(const VXLWPtr<Field>& field) {
+    const Obj& table = *field->table;
+    auto it = observedTables_.find(table.tableName);
+    if (it == observedTables_.end()) {
+        TRACKER_LOG("[%s] Start observing database table", table.tableName);
+        observedTables_[table.tableName] = 1;
+        DB::Transaction tx(DB::TRANSACTION_CALLBACK);
+        XCode rc = tx.start();
+        if (rc.isErr()) return rc;
+        static const struct {
+            DB::EventType_ type;
+            const char* failure;
+        } kEvents[] = {{DB::EVENT_NEW, "CANNOT REGISTER NEW-OBSERVER"},
+                       {DB::EVENT_DELETE, "CANNOT REGISTER DELETE-OBSERVER"},
+                       {DB::EVENT_UPDATE, "CANNOT REGISTER UPDATE-OBSERVER"}};
+        for (const auto& e : kEvents) {
+            rc = DB::REGISTER_CALLBACK(tx, table.tableNo, e.type, DB::CALLBACK_AFTER_COMMIT,
+                                       manager_);
+            if (rc.isErr()) return rc.setString(e.failure);
+        }
+        rc = tx.commit();
+        if (rc.isErr()) return rc;
+    } else {
+        ++it->second;
+    }
+    String entryId = table.getEntryId();
+    auto entry = observedEntries_.find(entryId);
+    if (entry == observedEntries_.end()) {
+        TRACKER_LOG("[%s] Start observing entry", entryId);
+        entry = observedEntries_.emplace(entryId, VXStringHashTable<bool>()).first;
+    }
+    entry->second[field->getVariableName()] = true;
+    return XCode();
+}
+
+XCode DatabaseTracker::stopObservation(const VXLWPtr<Field>& field) {
+    auto it = observedTables_.find(field->table->tableName);
+    if (it != observedTables_.end() && it->second > 0) --it->second;
+    String entryId = field->table->getEntryId();
+    auto entry = observedEntries_.find(entryId);
+    if (entry != observedEntries_.end()) {
+        TRACKER_LOG("[%s] Stop observing entry", entryId);
+        entry->second.erase(field->getVariableName());
+    }
+    return XCode();
+}
+
+XCode DatabaseTracker::startTracking(VXPPtr<IRead>& variable) {
+    String name = nameOf(variable);
+    TRACKER_LOG("[%s] Start tracking database", name);
+    VXLWPtr<Field> field;
+    Value value;
+    XCode rc = VARIABLE_NAME_TO_FIELD(field, name);
+    if (rc.isSuccess()) rc = startObservation(field);
+    if (rc.isSuccess()) rc = field->get(value);
+    if (rc.isSuccess()) {
+        VXLockPtr<IRead> locked(variable);
+        VXPPtr<IWrite> writable;
+        if (locked->queryIf(writable).isErr()) {
+            rc = XCode(XCode::GENERIC_FAILURE, "READ-ONLY CONSTANT");
+        } else {
+            rc = writable->setValue(value);
+            if (rc.isErr()) rc.setString("CANNOT SET VARIABLE VALUE");
+        }
+    } else if (rc.getValue() == CANNOT_LOAD) {
+        // The entry's creation will deliver the value.
+        TRACKER_LOG("[%s] Database entry does not exist (yet)", name);
+        return XCode();
+    }
+    if (rc.isErr()) rc.extendString(String::Formatted("%s", name.c_str()), ": ");
+    return rc;
+}
+
+XCode DatabaseTracker::stopTracking(VXPPtr<IRead>& variable) {
+    String name = nameOf(variable);
+    TRACKER_LOG("[%s] Stop tracking database", name);
+    VXLWPtr<Field> field;
+    XCode rc = VARIABLE_NAME_TO_FIELD(field, name);
+    if (rc.isSuccess()) rc = stopObservation(field);
+    if (rc.isErr()) {
+        rc.extendString(String::Formatted("[%s] %s", name.c_str(), rc.toString().c_str()), ": ");
+    }
+    return rc;
+}
+
+XCode DatabaseTracker::onDatabaseEvent(EventType_ type, DB::ObjRead& entry) {
+    TRACKER_LOG("[%s] Database table changed", entry.getStructName());
+    String id;
+    if (GET_ENTRY_ID(id, entry).isErr()) return XCode();
+    auto observed = observedEntries_.find(id);
+    if (observed == observedEntries_.end()) return XCode();
+    TRACKER_LOG("[%s] Database table changed for observed entry", id);
+    // A copy: writing a variable runs observers, which may start or stop
+    // tracking.
+    VXVector<String> names;
+    for (const auto& n : observed->second) names.push_back(n.first);
+    for (const String& variableName : names) {
+        String fieldName = variableName.substring(id.length() + 1);
+        String fullName = "db." + variableName;
+        TRACKER_LOG("[%s] Database table changed for variable", fullName);
+        Value value;
+        if (GET_ENTRY_VALUE(value, entry, fieldName).isErr()) continue;
+        VXPPtr<IWrite> writable;
+        if (Repository::GET(fullName, writable).isErr()) continue;
+        VXLockPtr<IWrite> locked(writable);
+        if (type == DB::EVENT_DELETE) {
+            locked->setValue(Value(DST_ERR_NA));
+        } else if (type == DB::EVENT_NEW || type == DB::EVENT_UPDATE) {
+            locked->setValue(value);
+        }
+    }
+    return XCode();
+}
+
+}  // namespace VX::SysEvent

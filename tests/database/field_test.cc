@@ -1,0 +1,210 @@
+// The tracker's name parsing, key building and field reading against the
+// example database: names and their failures, entry ids and variable names,
+// reading by identifier (with parents, several key fields, signed keys) and
+// the single-entry read, the value each field type becomes, and the entry id
+// of a changed entry.
+#include <gtest/gtest.h>
+
+#include "database/tracker_test_support.h"
+
+namespace VX::SysEvent::testing {
+namespace {
+
+using dbtest::insert;
+using Field = DatabaseTracker::Field;
+
+TEST_F(TrackerTest, VariableNamesToFields) {
+    struct Case {
+        const char* name;
+        const char* failure;  // null: parses
+        const char* field;
+        const char* variable;
+    } cases[] = {
+        {"ifmtu", "", nullptr, nullptr},  // generic code, no text
+        {"db.", "MISSING FIELD NAME", nullptr, nullptr},
+        {"db.mtu", "MISSING TABLE NAME", nullptr, nullptr},
+        {"db.state.admin", "MISSING TABLE NAME", nullptr, nullptr},
+        {"db.Vlan:1.id", "INVALID DATABASE TABLE: Vlan", nullptr, nullptr},
+        {"db.Vlan:1.Interface:eth0.mtu", "INVALID DATABASE TABLE: Vlan", nullptr, nullptr},
+        {"db.Interface:eth0.colour", "INVALID DATABASE FIELD: Interface.colour", nullptr, nullptr},
+        {"db.Interface:eth0.state.colour", "INVALID DATABASE FIELD: Interface.state.colour",
+         nullptr, nullptr},
+        {"db.Port:1.state.admin", nullptr, "state.admin", "Port:1.state.admin"},
+        {"db.Port:1.state", nullptr, "state", "Port:1.state"},
+        {"db.Interface:eth0.Address:1.ip", nullptr, "ip", "Interface:eth0.Address:1.ip"},
+        {"db.System.maintenance.window.start", nullptr, "maintenance.window.start",
+         "System.maintenance.window.start"},
+        {"db.Route:10:8.metric", nullptr, "metric", "Route:10:8.metric"},
+    };
+    for (const Case& c : cases) {
+        VXLWPtr<Field> field;
+        XCode rc = DatabaseTracker::VARIABLE_NAME_TO_FIELD(field, c.name);
+        if (c.failure) {
+            EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << c.name;
+            EXPECT_EQ(rc.getString(), c.failure) << c.name;
+            EXPECT_FALSE(field) << c.name;
+            continue;
+        }
+        ASSERT_TRUE(rc.isSuccess()) << c.name << ": " << rc.toString().c_str();
+        EXPECT_EQ(field->fieldName, c.field);
+        EXPECT_EQ(field->getVariableName(), c.variable);
+    }
+}
+
+TEST_F(TrackerTest, SpecifiersKnowTheirTablesIndexesAndParents) {
+    VXLWPtr<Field> field;
+    ASSERT_TRUE(DatabaseTracker::VARIABLE_NAME_TO_FIELD(field, "db.Interface:eth0.Address:1:x.ip")
+                    .isSuccess());
+    const DatabaseTracker::Obj& address = *field->table;
+    EXPECT_EQ(address.tableName, "Address");
+    EXPECT_EQ(address.tableNo, 4);
+    EXPECT_EQ(address.identifierIndex, 0);
+    EXPECT_EQ(address.keyValues, (VXVector<String>{"1", "x"}));
+    ASSERT_TRUE(address.parent);
+    EXPECT_EQ(address.parent->tableName, "Interface");
+    EXPECT_EQ(address.parent->keyValues, (VXVector<String>{"eth0"}));
+    EXPECT_FALSE(address.parent->parent);
+    EXPECT_EQ(address.getEntryId(), "Interface:eth0.Address:1:x");
+
+    ASSERT_TRUE(DatabaseTracker::VARIABLE_NAME_TO_FIELD(field, "db.System.hostname").isSuccess());
+    EXPECT_EQ(field->table->identifierIndex, DB::NO_INDEX);
+}
+
+class FieldGetTest : public TrackerTest {
+protected:
+    void SetUp() override {
+        eth0_ = dbtest::addInterface(db_, "eth0");
+        dbtest::addAddress(db_, eth0_, "1", "10.0.0.1");
+        insert(db_, "Port",
+               {{"number", "1"},
+                {"delayOffset", "-5"},
+                {"temperature", "0"},
+                {"priority", "7"},
+                {"rxPower", "-42"},
+                {"counters.inOctets", "18446744073709551615"}});
+        insert(db_, "Route", {{"destination", "default"}, {"prefixLength", "0"}, {"metric", "20"}});
+    }
+
+    // The value of a variable name's field, or the failure.
+    XCode get(const char* name, Value& value) {
+        VXLWPtr<Field> field;
+        XCode rc = DatabaseTracker::VARIABLE_NAME_TO_FIELD(field, name);
+        return rc.isSuccess() ? field->get(value) : rc;
+    }
+
+    uint64_t eth0_ = 0;
+};
+
+TEST_F(FieldGetTest, ValuesByFieldType) {
+    insert(db_, "System", {{"hostname", "core1"}, {"clockDrift", "12"}});
+    struct Case {
+        const char* name;
+        Value expected;
+    } cases[] = {
+        {"db.Port:1.vlan", U(1)},                                     // U16
+        {"db.Port:1.counters.inOctets", U(18446744073709551615ull)},  // U64
+        {"db.Port:1.priority", U(7)},                                 // S8 above 0
+        {"db.Port:1.delayOffset", F(-5.0)},                           // S16 below 0
+        {"db.Port:1.temperature", F(0.0)},                            // S32 at 0
+        {"db.Port:1.rxPower", F(-42.0)},                              // READING
+        {"db.System.clockDrift", U(12)},                              // S64
+        {"db.Port:1.state.admin", Value(true)},                       // BOOL
+        {"db.Interface:eth0.name", S("eth0")},                        // CHAR
+        {"db.System.hostname", S("core1")},                           // first entry
+        {"db.System:ignored:keys.hostname", S("core1")},              // keys unused
+        {"db.Interface:eth0.Address:1.ip", S("10.0.0.1")},            // parent in key
+        {"db.Route:default:0.metric", U(20)},                         // two key fields
+        {"db.Route:default:0:surplus.metric", U(20)},                 // surplus ignored
+    };
+    for (const Case& c : cases) {
+        Value v;
+        XCode rc = get(c.name, v);
+        ASSERT_TRUE(rc.isSuccess()) << c.name << ": " << rc.toString().c_str();
+        EXPECT_EQ(v, c.expected) << c.name << ": " << v.toString().c_str();
+    }
+}
+
+TEST_F(FieldGetTest, Failures) {
+    struct Case {
+        const char* name;
+        uint32_t code;
+        const char* text;
+    } cases[] = {
+        {"db.Port:9.vlan", DatabaseTracker::CANNOT_LOAD,
+         "CANNOT LOAD DATABASE ENTRY: Port: DATABASE ENTRY NOT FOUND: Port"},
+        {"db.System.hostname", DatabaseTracker::CANNOT_LOAD,
+         "CANNOT LOAD FIRST DATABASE ENTRY: System: NO DATABASE ENTRY: System"},
+        {"db.Interface:eth9.Address:1.ip", DatabaseTracker::CANNOT_LOAD,
+         "CANNOT LOAD DATABASE ENTRY: Interface: DATABASE ENTRY NOT FOUND: Interface"},
+        {"db.Address:1.ip", XCode::GENERIC_FAILURE, "PARENT SPECIFIER REQUIRED: Address"},
+        {"db.Route:default.metric", XCode::GENERIC_FAILURE,
+         "NOT ENOUGH KEY FIELDS SPECIFIED: Route"},
+        {"db.Port:abc.vlan", XCode::GENERIC_FAILURE,
+         "INVALID KEY VALUE FOR DATABASE FIELD Port.number: abc"},
+        {"db.Interface:eth0.rxGain", XCode::GENERIC_FAILURE, "INVALID DATA TYPE OF DATABASE FIELD"},
+        {"db.Interface:eth0.state", XCode::GENERIC_FAILURE, "INVALID DATA TYPE OF DATABASE FIELD"},
+        {"db.Interface:eth0.description", DB::E_VALUE,
+         "DATABASE FIELD HAS NO VALUE: Interface.description"},
+    };
+    for (const Case& c : cases) {
+        Value v(DST_ERR_VAL);
+        XCode rc = get(c.name, v);
+        EXPECT_EQ(rc.getValue(), c.code) << c.name;
+        EXPECT_EQ(rc.getString(), c.text) << c.name;
+        EXPECT_EQ(v, Value(DST_ERR_VAL)) << c.name;
+    }
+}
+
+TEST_F(FieldGetTest, KeyFieldsOfEveryKeyableType) {
+    ASSERT_TRUE(
+        db_->applySchema(
+               "CREATE TABLE Offset (objType U8 NOT NULL DEFAULT 2, objStatus U8 NOT NULL "
+               "DEFAULT 10, delta S16 NOT NULL, big S64 NOT NULL, wide U64 NOT NULL, "
+               "label TEXT);"
+               "CREATE UNIQUE INDEX identifier_Offset ON Offset (objType, objStatus, delta, "
+               "big, wide);"
+               "CREATE TABLE Flag (objType U8 NOT NULL DEFAULT 2, objStatus U8 NOT NULL "
+               "DEFAULT 10, enabled BOOL NOT NULL, note TEXT);"
+               "CREATE UNIQUE INDEX identifier_Flag ON Flag (objType, objStatus, enabled);")
+            .isSuccess());
+    insert(db_, "Offset", {{"delta", "-5"}, {"big", "-70000"}, {"wide", "9"}, {"label", "neg"}});
+    insert(db_, "Flag", {{"enabled", "true"}, {"note", "on"}});
+    Value v;
+    ASSERT_TRUE(get("db.Offset:-5:-70000:9.label", v).isSuccess());
+    EXPECT_EQ(v, S("neg"));
+    EXPECT_EQ(get("db.Flag:true.note", v).getString(), "Unsupported data type in index: 25");
+}
+
+TEST_F(FieldGetTest, EntryIdsOfChangedEntries) {
+    insert(db_, "System", {});
+    ASSERT_TRUE(
+        db_->applySchema("CREATE TABLE Clock (objType U8 NOT NULL DEFAULT 2, objStatus U8 "
+                         "NOT NULL DEFAULT 10, source TEXT);"
+                         "CREATE UNIQUE INDEX identifier_Clock ON Clock (objType, objStatus);")
+            .isSuccess());
+    insert(db_, "Clock", {{"source", "gps"}});
+    DB::Transaction tx(DB::TRANSACTION_READ, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    struct Case {
+        const char* variable;  // names the entry
+        const char* id;
+    } cases[] = {
+        {"db.Interface:eth0.Address:1.ip", "Interface:eth0.Address:1"},
+        {"db.Route:default:0.metric", "Route:default:0"},
+        {"db.System.hostname", "System"},
+        // No user key field: the two forms differ (see the tracker's notes).
+        {"db.Clock.source", "Clock:"},
+    };
+    for (const Case& c : cases) {
+        VXLWPtr<Field> field;
+        ASSERT_TRUE(DatabaseTracker::VARIABLE_NAME_TO_FIELD(field, c.variable).isSuccess());
+        DB::ObjRead entry(tx);
+        ASSERT_TRUE(field->table->load(entry, tx).isSuccess()) << c.variable;
+        String id;
+        ASSERT_TRUE(DatabaseTracker::GET_ENTRY_ID(id, entry).isSuccess()) << c.variable;
+        EXPECT_EQ(id, c.id);
+    }
+}
+
+}  // namespace
+}  // namespace VX::SysEvent::testing
