@@ -1,7 +1,7 @@
-// DEBOUNCE and its variants on the manual clock: held-back changes, the last
-// one winning, changes that come back, changes let through at once, the
-// order of DEBOUNCEINC/DEBOUNCEDEC across data types, DEBOUNCEIF's
-// condition, trace lines and a timer that cannot start.
+// DEBOUNCE and its variants on the manual clock, beyond the plain sequences
+// of formula_test.cc: changes that come back, first inputs, the order of
+// DEBOUNCEINC/DEBOUNCEDEC across data types, DEBOUNCEIF's condition (also
+// one no formula can write), trace lines and a timer that cannot start.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,23 +14,6 @@ namespace {
 
 using Debounce = TemporalTest;
 using C = Watch::Change;
-
-TEST_F(Debounce, DeliversOnlyTheLastChangeOnceTheInputIsQuiet) {
-    VXLWPtr<Node> x = leaf(num(1));
-    VXLWPtr<Node> d = apply("DEBOUNCE", {x.get(), leaf(duration(2000)).get()});
-    Watch w(d.get());
-    EXPECT_EQ(w.value(), num(1));  // the first input passes at once
-
-    advanceTo(500);
-    x->setValue(num(2));
-    advanceTo(1000);
-    x->setValue(num(3));
-    advanceTo(2999);
-    EXPECT_EQ(w.value(), num(1));
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{3000, num(3)}}));
-    EXPECT_FALSE(static_cast<DEBOUNCE*>(d.get())->isTimerRunning());
-}
 
 TEST_F(Debounce, ChangeThatComesBackWithinTheDelayPropagatesNothing) {
     VXLWPtr<Node> x = leaf(num(1));
@@ -111,19 +94,6 @@ INSTANTIATE_TEST_SUITE_P(Variants, DebounceDirection,
                                            Step{"DEBOUNCEINC", text("abc"), num(5), false},
                                            Step{"DEBOUNCEDEC", num(5), text("abc"), false},
                                            Step{"DEBOUNCE", text("abc"), num(5), true}));
-
-TEST_F(Debounce, FallPassesAtOnceAndCancelsAPendingRise) {
-    VXLWPtr<Node> x = leaf(num(5));
-    VXLWPtr<Node> d = apply("DEBOUNCEINC", {x.get(), leaf(duration(2000)).get()});
-    Watch w(d.get());
-    x->setValue(num(7));  // a rise: held back
-    advanceTo(1000);
-    x->setValue(num(3));  // a fall: through at once, the 7 is dropped
-    advanceTo(1500);
-    x->setValue(num(4));  // a rise again, timed afresh
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{1000, num(3)}, {3500, num(4)}}));
-}
 
 // current, input, is a rise, is a fall.
 struct Order {

@@ -61,33 +61,6 @@ TEST(DelayMilliseconds, ReadsDurationsAndRefusesEverythingElse) {
     }
 }
 
-TEST_F(DelayArgument, WrongKindIsTheValueOfEveryTimedFunction) {
-    struct Case {
-        Value delay;
-        DataSubType result;
-    };
-    const Case cases[] = {
-        {num(5), DST_ERR_VAL},
-        {text("5s"), DST_ERR_VAL},
-        {Value(T0, DST_ABS_DATE_TIME), DST_ERR_NUM},
-        {Value(VX::Time(3600, 0), DST_ABS_TIME), DST_ERR_NUM},
-        {duration(-1000), DST_ERR_NUM},
-    };
-    for (const char* fn : TIMED) {
-        for (const Case& c : cases) {
-            VXLWPtr<Node> x = leaf(num(1));
-            VXLWPtr<Node> delay = leaf(c.delay);
-            VXLWPtr<FunctionNode> f = timed(fn, x.get(), delay.get());
-            Watch w(f.get());
-            EXPECT_EQ(w.value().subtype, c.result) << fn << " " << c.delay.toString().str();
-            // Once the delay is fixed, the node follows its input again.
-            delay->setValue(duration(1000));
-            advanceTo(nowMs() + 1000);
-            EXPECT_EQ(w.value(), String(fn) == "STABLE" ? truth(true) : num(1)) << fn;
-        }
-    }
-}
-
 TEST_F(DelayArgument, ZeroDelayDeliversOnTheNextAdvance) {
     for (const char* fn : TIMED) {
         VXLWPtr<Node> x = leaf(num(1));

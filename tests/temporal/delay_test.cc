@@ -1,6 +1,6 @@
-// DELAY on the manual clock: each change replayed one delay later, strictly
-// in queue order (also when the delay shrinks), records reused through the
-// free list, trace lines and a timer that cannot start.
+// DELAY on the manual clock beyond the plain replay (formula_test.cc): queue
+// order kept when the delay shrinks, records reused through the free list,
+// trace lines and a timer that cannot start.
 #include <gtest/gtest.h>
 
 #include "sysevent/functions/delay.h"
@@ -14,23 +14,6 @@ using C = Watch::Change;
 
 DELAY* asDelay(const VXLWPtr<FunctionNode>& f) {
     return static_cast<DELAY*>(f.get());
-}
-
-TEST_F(Delay, ReplaysEachChangeOneDelayLater) {
-    VXLWPtr<Node> x = leaf(num(0));
-    VXLWPtr<FunctionNode> d = apply("DELAY", {x.get(), leaf(duration(2000)).get()});
-    Watch w(d.get());
-    EXPECT_EQ(w.value(), num(0));
-    x->setValue(num(1));
-    advanceTo(1000);
-    x->setValue(num(2));
-    EXPECT_EQ(asDelay(d)->getQueueLength(), 2u);
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{2000, num(1)}, {3000, num(2)}}));
-    EXPECT_EQ(asDelay(d)->getQueueLength(), 0u);
-    EXPECT_EQ(asDelay(d)->getFreeRecordCount(), 2u);
-    // Each replayed value carries the time of its delivery.
-    EXPECT_EQ(d->getLastEvent().start, T0 + msTime(3000));
 }
 
 TEST_F(Delay, KeepsQueueOrderWhenTheDelayShrinks) {

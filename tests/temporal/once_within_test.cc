@@ -112,23 +112,5 @@ TEST_F(Within, ErrorArgumentIsTheResultWithZeroTimes) {
     EXPECT_TRUE(e.end.isZero());
 }
 
-TEST_F(Within, TellsWhetherTheLastChangesLieCloseTogether) {
-    VXLWPtr<Node> a = leaf(truth(true), "a");
-    VXLWPtr<Node> b = leaf(truth(false), "b");
-    VXLWPtr<TAND> both = make<TAND>({a.get(), b.get()});
-    VXLWPtr<FunctionNode> within = apply("WITHIN", {both.get(), leaf(duration(5000)).get()});
-    Watch w(within.get());
-    EXPECT_EQ(w.value(), truth(false));
-    advanceTo(3000);
-    b->setValue(truth(true));  // a at 0, b at 3 s
-    EXPECT_EQ(w.value(), truth(true));
-    advanceTo(4000);
-    a->setValue(truth(false));
-    EXPECT_EQ(w.value(), truth(false));
-    advanceTo(10000);
-    a->setValue(truth(true));  // b at 3 s, a at 10 s
-    EXPECT_EQ(w.value(), truth(false));
-}
-
 }  // namespace
 }  // namespace VX::SysEvent::testing

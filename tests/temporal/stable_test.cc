@@ -1,6 +1,5 @@
-// STABLE on the manual clock: false after every change, true one delay after
-// the last; recomputes with an unchanged input; trace lines and timers that
-// cannot start.
+// STABLE on the manual clock beyond the plain sequence (formula_test.cc):
+// recomputes with an unchanged input, trace lines, timers that cannot start.
 #include <gtest/gtest.h>
 
 #include "sysevent/functions/stable.h"
@@ -11,20 +10,6 @@ namespace {
 
 using Stable = TemporalTest;
 using C = Watch::Change;
-
-TEST_F(Stable, FalseAfterEveryChangeAndTrueOneDelayAfterTheLast) {
-    VXLWPtr<Node> x = leaf(num(1));
-    VXLWPtr<FunctionNode> s = apply("STABLE", {x.get(), leaf(duration(5000)).get()});
-    Watch w(s.get());
-    EXPECT_EQ(w.value(), truth(false));
-    advanceTo(6000);
-    x->setValue(num(2));
-    advanceTo(8000);
-    x->setValue(num(3));
-    advanceTo(20000);
-    EXPECT_EQ(w.changes,
-              (std::vector<C>{{5000, truth(true)}, {6000, truth(false)}, {13000, truth(true)}}));
-}
 
 TEST_F(Stable, UnchangedInputLeavesOutputAndTimerAlone) {
     VXLWPtr<Node> x = leaf(num(1));
