@@ -128,95 +128,56 @@ TEST_F(Subscription, OverlappingPatternsCountOneSubscriptionPerMatchOfANewObject
     destroy("ov2.w");
 }
 
-TEST_F(Subscription, SameObjectTwiceSubscribesOnce) {
-    set("twice.a", 1);
+TEST_F(Subscription, AnObjectObservedDirectlyIsSubscribedOnceAndReportsItsDestruction) {
+    set("direct.a", 1);
     Recorder r;
-    Observer observer(r.direct());
-    VXPPtr<IRead> object = readOf("twice.a");
+    Observer observer(r.direct(), r.directDestroy());
+    VXPPtr<IRead> object = readOf("direct.a");
     ASSERT_TRUE(object);
     observer.addTo(object, true);
     observer.addTo(object, true);
-    observer.addTo("twice.a", true);  // the pattern finds it subscribed
-    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("twice.a", "1")});
-    r.clear();
-    set("twice.a", 2);
-    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("twice.a", "2")});
+    observer.addTo("direct.a", true);  // the pattern finds it subscribed
+    set("direct.a", 2);
+    EXPECT_EQ(r.seen(), (std::vector<Seen>{changed("direct.a", "1"), changed("direct.a", "2")}));
 
     observer.removeFrom(object);
     r.clear();
-    set("twice.a", 3);
+    set("direct.a", 3);
     EXPECT_TRUE(r.seen().empty());
+
+    // Observed directly only, and unregistered while this test still holds
+    // it: the destroy callback comes with the last reference.
+    observer.removeFrom("direct.a");
+    observer.addTo(object, false);
+    destroy("direct.a");
+    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("direct.a", kNA)});
+    r.clear();
     object = nullptr;
-    destroy("twice.a");
+    EXPECT_EQ(r.seen(), std::vector<Seen>{destroyed("direct.a")});
 }
 
-TEST_F(Subscription, RemoveFromAllStopsChangesAndForgetsPatterns) {
+TEST_F(Subscription, RemovingPatternsStopsChangesAndLaterObjects) {
     set("all.a", 1);
     Recorder r;
     Observer observer(r.direct());
     observer.addTo("all.%", false);
     observer.addTo("other.b", false);
+    observer.addTo("keep.%", false);
     VXPPtr<IRead> object = readOf("all.a");
     observer.addTo(object, false);
 
+    observer.removeFrom("keep.%");
+    set("keep.a", 1);
     observer.removeFromAll();
     set("all.a", 2);
     set("all.c", 3);    // would match the forgotten pattern
     set("other.b", 4);  // would match the forgotten plain name
     EXPECT_TRUE(r.seen().empty());
 
-    // The Observer stays usable.
-    observer.addTo("all.c", true);
+    observer.addTo("all.c", true);  // still usable
     EXPECT_EQ(r.seen(), std::vector<Seen>{changed("all.c", "3")});
     object = nullptr;
-    for (const char* n : {"all.a", "all.c", "other.b"}) destroy(n);
-}
-
-TEST_F(Subscription, RemoveFromAPatternAlsoStopsObjectsCreatedLater) {
-    Recorder r;
-    Observer observer(r.direct());
-    observer.addTo("rm.%", true);
-    observer.addTo("keep.%", true);
-    set("rm.a", 1);
-    observer.removeFrom("rm.%");
-    r.clear();
-    set("rm.a", 2);
-    set("rm.b", 1);
-    set("keep.a", 1);
-    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("keep.a", "1")});
-    for (const char* n : {"rm.a", "rm.b", "keep.a"}) destroy(n);
-}
-
-TEST_F(Subscription, ObjectObservedDirectlyReportsItsDestructionWhenTheLastReferenceGoes) {
-    set("direct.a", 1);
-    Recorder r;
-    Observer observer(r.direct(), r.directDestroy());
-    VXPPtr<IRead> object = readOf("direct.a");
-    observer.addTo(object, false);
-    destroy("direct.a");  // unregistered, but this test still holds it
-    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("direct.a", kNA)});
-
-    r.clear();
-    object = nullptr;
-    EXPECT_EQ(r.seen(), std::vector<Seen>{destroyed("direct.a")});
-}
-
-TEST_F(Subscription, AnObserverDestroyedFirstLeavesNoRegistrationBehind) {
-    Recorder r;
-    {
-        Observer observer(r.direct());
-        observer.addTo("gone.%", false);
-        observer.addTo("%.y", false);
-        set("gone.y", 1);  // two registrations on one object
-        VXPPtr<IRead> object = readOf("gone.y");
-        observer.addTo(object, false);
-    }
-    // A dangling registration would be called here (and crash under ASan).
-    set("gone.y", 2);
-    set("gone.z", 1);
-    destroy("gone.y");
-    destroy("gone.z");
-    EXPECT_TRUE(r.seen().empty());
+    for (const char* n : {"all.a", "all.c", "other.b", "keep.a"}) destroy(n);
 }
 
 // Stands in for another component that wants an Observer's registration name.
@@ -229,10 +190,10 @@ public:
 };
 
 TEST_F(Subscription, HoldsItsDriverRepositoryNameFromConstructionToDestruction) {
-    Squatter squatter;
     auto* observer = new Observer;
     const String name = observer->getDriverRepositoryObserverName();
     EXPECT_EQ(name, String::Formatted("SysEvent::Observer[%p]", static_cast<void*>(observer)));
+    Squatter squatter;
     auto squat = [&] {
         return DRIVER::ADD_REPOSITORY_OBSERVER(name, DID_Variable(), IRead::IID(), "var/", 0, false,
                                                false, &squatter);

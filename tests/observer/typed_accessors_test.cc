@@ -3,8 +3,6 @@
 // fly.
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "observer/observer_test_support.h"
 #include "sysevent/repository/typed_accessors.h"
 
@@ -12,20 +10,6 @@ namespace VX::SysEvent::testing {
 namespace {
 
 using TypedAccessors = ObserverTest;
-
-// One published constant per value kind.
-struct Kind {
-    const char* name;
-    Value value;
-};
-
-// Reads `name` into a sentinel of each out type; true when the read was
-// accepted. A refused read must fail with "INVALID DATA TYPE" and leave the
-// sentinel as it was.
-struct OutType {
-    const char* label;
-    std::function<bool(const char* name, const Value& expected)> read;
-};
 
 template <typename T>
 bool same(const T& a, const T& b) {
@@ -35,102 +19,85 @@ bool same(const VX::Clock& a, const VX::Clock& b) {
     return a.toTime() == b.toTime();
 }
 
+// True when `name` reads into `out`; a refusal must be the generic code with
+// "INVALID DATA TYPE" and leave `out` as it was.
 template <typename T>
-bool readInto(const char* name, T sentinel, std::function<bool(const T&)> holds) {
-    T out = sentinel;
+bool reads(const char* name, T& out) {
+    const T before = out;
     XCode rc = GET_VALUE(name, out);
-    if (rc.isErr()) {
-        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << name;
-        EXPECT_EQ(rc.getString(), "INVALID DATA TYPE") << name;
-        EXPECT_TRUE(same(out, sentinel)) << name << ": out changed on failure";
-        return false;
-    }
-    EXPECT_TRUE(holds(out)) << name << ": wrong payload";
-    return true;
+    if (rc.isSuccess()) return true;
+    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << name;
+    EXPECT_EQ(rc.getString(), "INVALID DATA TYPE") << name;
+    EXPECT_TRUE(same(out, before)) << name << ": out changed on failure";
+    return false;
 }
 
-TEST_F(TypedAccessors, EachOutTypeAcceptsExactlyItsKinds) {
-    const VX::Time t(1700000000, 250000000);
-    const Kind kinds[] = {
-        {"ta.bool", Value(true)},
-        {"ta.uint", Value(7ULL)},
-        {"ta.flp", Value(2.5)},
-        {"ta.datetime", Value(t, DST_ABS_DATE_TIME)},
-        {"ta.date", Value(VX::Time(1699920000, 0), DST_ABS_DATE)},
-        {"ta.timeofday", Value(VX::Time(3600, 0), DST_ABS_TIME)},
-        {"ta.duration", Value(VX::Time(90, 0), DST_REL_TIME)},
-        {"ta.string", Value("text")},
-        {"ta.error", Value(DST_ERR_NA)},
-        {"ta.empty", Value(DST_EMPTY)},
-    };
-    for (const Kind& k : kinds) {
-        XCode rc = Repository::CREATE_CONSTANT(k.name, "", k.value);
-        ASSERT_TRUE(rc.isSuccess()) << k.name << " " << rc.toString().str();
-    }
+struct Row {
+    const char* name;
+    Value value;
+    bool asBool, asUInt, asDouble, asClock, asTime, asString;
+};
 
-    const OutType outs[] = {
-        {"bool",
-         [](const char* n, const Value& v) {
-             return readInto<bool>(n, !v.data.boolean,
-                                   [&](const bool& b) { return b == v.data.boolean; });
-         }},
-        {"uint",
-         [](const char* n, const Value& v) {
-             return readInto<unsigned long long>(
-                 n, 424242, [&](const unsigned long long& u) { return u == v.data.uint; });
-         }},
-        {"double",
-         [](const char* n, const Value& v) {
-             return readInto<double>(n, -1.0, [&](const double& d) { return d == v.data.flp; });
-         }},
-        {"Clock",
-         [](const char* n, const Value& v) {
-             return readInto<VX::Clock>(n, VX::Clock(VX::Time(12345, 0)), [&](const VX::Clock& c) {
-                 return c.toTime() == v.data.time;
-             });
-         }},
-        {"Time",
-         [](const char* n, const Value& v) {
-             return readInto<VX::Time>(n, VX::Time(12345, 0),
-                                       [&](const VX::Time& x) { return x == v.data.time; });
-         }},
-        {"String",
-         [](const char* n, const Value& v) {
-             return readInto<String>(n, String("sentinel"),
-                                     [&](const String& s) { return s == v.data.string; });
-         }},
+TEST_F(TypedAccessors, EachOutTypeAcceptsExactlyItsKinds) {
+    const Row rows[] = {
+        {"ta.bool", Value(true), true, false, false, false, false, false},
+        {"ta.uint", Value(7ULL), false, true, false, false, false, false},  // no float
+        {"ta.flp", Value(2.5), false, false, true, false, false, false},    // no integer
+        {"ta.datetime", Value(VX::Time(1700000000, 250000000), DST_ABS_DATE_TIME), false, false,
+         false, true, true, false},
+        {"ta.date", Value(VX::Time(1699920000, 0), DST_ABS_DATE), false, false, false, true, true,
+         false},
+        {"ta.timeofday", Value(VX::Time(3600, 0), DST_ABS_TIME), false, false, false, true, true,
+         false},
+        // A duration is a Time, not a Clock.
+        {"ta.duration", Value(VX::Time(90, 0), DST_REL_TIME), false, false, false, false, true,
+         false},
+        {"ta.string", Value("text"), false, false, false, false, false, true},
+        {"ta.error", Value(DST_ERR_NA), false, false, false, false, false, false},
+        {"ta.empty", Value(DST_EMPTY), false, false, false, false, false, false},
     };
-    // Rows: kinds in the order above; columns: bool, uint, double, Clock, Time,
-    // String.
-    const bool accepted[][6] = {
-        {true, false, false, false, false, false},   // bool
-        {false, true, false, false, false, false},   // uint: no float, no time
-        {false, false, true, false, false, false},   // flp: no integer
-        {false, false, false, true, true, false},    // date-time
-        {false, false, false, true, true, false},    // date
-        {false, false, false, true, true, false},    // time of day
-        {false, false, false, false, true, false},   // duration: a Time, not a Clock
-        {false, false, false, false, false, true},   // string
-        {false, false, false, false, false, false},  // "#N/A!"
-        {false, false, false, false, false, false},  // empty
-    };
-    for (size_t k = 0; k < std::size(kinds); ++k) {
-        for (size_t o = 0; o < std::size(outs); ++o) {
-            EXPECT_EQ(outs[o].read(kinds[k].name, kinds[k].value), accepted[k][o])
-                << kinds[k].name << " into " << outs[o].label;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(Repository::CREATE_CONSTANT(row.name, "", row.value).isSuccess());
+        bool b = !row.value.data.boolean;
+        unsigned long long u = 424242;
+        double d = -1.0;
+        VX::Clock c(VX::Time(12345, 0));
+        VX::Time t(12345, 0);
+        String s = "sentinel";
+        EXPECT_EQ(reads(row.name, b), row.asBool);
+        EXPECT_EQ(reads(row.name, u), row.asUInt);
+        EXPECT_EQ(reads(row.name, d), row.asDouble);
+        EXPECT_EQ(reads(row.name, c), row.asClock);
+        EXPECT_EQ(reads(row.name, t), row.asTime);
+        EXPECT_EQ(reads(row.name, s), row.asString);
+        if (row.asBool) {
+            EXPECT_EQ(b, row.value.data.boolean);
         }
+        if (row.asUInt) {
+            EXPECT_EQ(u, row.value.data.uint);
+        }
+        if (row.asDouble) {
+            EXPECT_EQ(d, row.value.data.flp);
+        }
+        if (row.asClock) {
+            EXPECT_TRUE(c.toTime() == row.value.data.time);
+        }
+        if (row.asTime) {
+            EXPECT_TRUE(t == row.value.data.time);
+        }
+        if (row.asString) {
+            EXPECT_EQ(s, row.value.data.string);
+        }
+        destroy(row.name);
     }
-    for (const Kind& k : kinds) destroy(k.name);
 }
 
 TEST_F(TypedAccessors, UnknownNameFailsWithTheRepositoryTextAndLeavesOutAlone) {
     unsigned long long n = 99;
-    XCode rc = GET_VALUE("ta.nothing.here", n);
-    EXPECT_EQ(rc.getString(), "VARIABLE DOES NOT EXIST: ta.nothing.here");
+    EXPECT_EQ(GET_VALUE("ta.nothing.here", n).getString(),
+              "VARIABLE DOES NOT EXIST: ta.nothing.here");
     EXPECT_EQ(n, 99u);
-    String s = "kept";
-    EXPECT_TRUE(GET_VALUE("ta.nothing.here", s).isErr());
-    EXPECT_EQ(s, "kept");
 }
 
 TEST_F(TypedAccessors, SetValueCreatesAVariableOnTheFlyAndThenChangesIt) {
