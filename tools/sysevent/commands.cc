@@ -250,6 +250,16 @@ bool Session::cmdWatch(const CommandLine& cmd, Failure& failure) {
     }
     String pattern;
     if (!oneWord(cmd, "a name or pattern", pattern, failure)) return false;
+    if (isPattern(pattern)) {
+        // A plain name may be published later; a pattern must at least be
+        // one that the engine can match.
+        VXVector<VXPPtr<INode>> nodes;
+        XCode rc = Repository::GET(pattern, nodes);
+        if (rc.isErr()) {
+            failure = ENGINE_FAILURE(rc, cmd.restColumn, cmd.restColumn);
+            return false;
+        }
+    }
     if (!watches_.watch(pattern)) {
         failure = Failure{cmd.restColumn, "already watching " + pattern};
         return false;

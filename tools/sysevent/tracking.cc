@@ -1,16 +1,11 @@
-// Tracking through the engine's DatabaseTracker, when the build has it.
+// Tracking through the engine's DatabaseTracker.
 #include "tools/sysevent/tracking.h"
 
-#if __has_include("sysevent/database/database_tracker.h")
-#define SYSEVENT_TOOL_HAS_TRACKER 1
 #include "host/component_manager.h"
 #include "sysevent/database/database_tracker.h"
 #include "sysevent/repository/repository.h"
-#endif
 
 namespace SysEventTool {
-
-#if SYSEVENT_TOOL_HAS_TRACKER
 
 using VX::SysEvent::DatabaseTracker;
 using VX::SysEvent::IRead;
@@ -32,10 +27,6 @@ Tracking::Tracking() : state_(std::make_unique<State>()) {
 
 Tracking::~Tracking() {
     state_->manager.removeDatabaseHandler(state_->handler);
-}
-
-bool Tracking::AVAILABLE() {
-    return true;
 }
 
 namespace {
@@ -60,26 +51,5 @@ XCode Tracking::untrack(const String& name) {
     if (rc.isErr()) return rc;
     return state_->tracker.stopTracking(variable);
 }
-
-#else
-
-struct Tracking::State {};
-
-Tracking::Tracking() = default;
-Tracking::~Tracking() = default;
-
-bool Tracking::AVAILABLE() {
-    return false;
-}
-
-XCode Tracking::track(const String&) {
-    return XCode::Failure("database tracking is not available in this build");
-}
-
-XCode Tracking::untrack(const String&) {
-    return XCode::Failure("database tracking is not available in this build");
-}
-
-#endif
 
 }  // namespace SysEventTool

@@ -20,9 +20,6 @@ public:
     Tracking(const Tracking&) = delete;
     Tracking& operator=(const Tracking&) = delete;
 
-    // Whether this build has the database tracker.
-    static bool AVAILABLE();
-
     // Binds the variable `name` ("db." + table specifiers + field), made on
     // the fly when it does not exist, and reads the field into it.
     XCode track(const String& name);
