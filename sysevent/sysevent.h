@@ -41,3 +41,4 @@
 #include "sysevent/repository/example_client.h"
 #include "host/db.h"
 #include "sysevent/database/database_tracker.h"
+#include "sysevent/language/lexer.h"
