@@ -16,20 +16,30 @@ namespace VX::SysEvent {
 
 namespace {
 
-XCode failAt(int position, const char* fmt) {
+// The error paths are kept out of line, so that their temporaries take no
+// room in the frames of the recursive parse functions.
+[[gnu::noinline, gnu::cold]] XCode failAt(int position, const char* fmt) {
     XCode rc(XCode::GENERIC_FAILURE);
     rc.setStringF(fmt, static_cast<unsigned>(position));
     return rc;
 }
 
-XCode failAt(int position, const char* fmt, const String& name) {
+[[gnu::noinline, gnu::cold]] XCode failAt(int position, const char* fmt, const char* name) {
     XCode rc(XCode::GENERIC_FAILURE);
-    rc.setStringF(fmt, static_cast<unsigned>(position), name.c_str());
+    rc.setStringF(fmt, static_cast<unsigned>(position), name);
     return rc;
 }
 
-XCode tooDeep(int position) {
+[[gnu::noinline, gnu::cold]] XCode tooDeep(int position) {
     return failAt(position + 1, "%u: Expression nested too deeply");
+}
+
+// The arity check's own code, with the parser's message.
+[[gnu::noinline, gnu::cold]] XCode invalidArguments(XCode rc, int position,
+                                                    const FunctionNode& function) {
+    rc.setStringF("%u: Invalid number of arguments: %s(%s)", static_cast<unsigned>(position + 1),
+                  function.getFunctionName().c_str(), function.getParameterText().c_str());
+    return rc;
 }
 
 // Counts one open level of parsing (a parseExpression or parseAtom call) for
@@ -96,28 +106,29 @@ XCode Parser::share(const VXLWPtr<FunctionNode>& function, unsigned depth, int p
 XCode Parser::parseExpression(Operands& nodes, int minimum) {
     if (m_nesting >= MAX_NESTING) return tooDeep(nextPosition());
     NestingGuard guard(m_nesting);
-    if (XCode rc = parseAtom(nodes); rc.isErr()) return rc;
-    while (true) {
+    XCode rc = parseAtom(nodes);
+    while (rc.isSuccess()) {
         const Token* next = m_lexer.next();
         const BinaryOperator* op = next ? FIND_BINARY_OPERATOR(next->type) : nullptr;
-        if (!op || op->precedence < minimum) return XCode();
+        if (!op || op->precedence < minimum) break;
         const int position = next->position;
-        m_lexer.pop(next->type);
-
+        m_lexer.pop(op->token);
         VXLWPtr<FunctionNode> function = FunctionFactory::CREATE(op->function);
         if (!function) {
             return failAt(position + 1, "%u: Unknown binary operator; function '%s' not available",
                           op->function);
         }
-        if (XCode rc = addArguments(function.get(), nodes); rc.isErr()) return rc;
+        rc = addArguments(function.get(), nodes);
         Operands right;
-        if (XCode rc = parseExpression(right, op->precedence + 1); rc.isErr()) return rc;
-        if (XCode rc = addArguments(function.get(), right); rc.isErr()) return rc;
+        if (rc.isSuccess()) rc = parseExpression(right, op->precedence + 1);
+        if (rc.isSuccess()) rc = addArguments(function.get(), right);
         // Binary operators take whatever their operands expand to: no arity
         // check, so a pattern operand may add several arguments.
-        const unsigned depth = 1 + std::max(nodes.depth, right.depth);
-        if (XCode rc = share(function, depth, position, nodes); rc.isErr()) return rc;
+        if (rc.isSuccess()) {
+            rc = share(function, 1 + std::max(nodes.depth, right.depth), position, nodes);
+        }
     }
+    return rc;
 }
 
 XCode Parser::parseAtom(Operands& nodes) {
@@ -125,39 +136,13 @@ XCode Parser::parseAtom(Operands& nodes) {
     nodes.depth = 0;
     const Token* next = m_lexer.next();
     const TokenType type = next ? next->type : TT_END;
-    const int position = nextPosition();
-    if (m_nesting >= MAX_NESTING) return tooDeep(position);
+    if (m_nesting >= MAX_NESTING) return tooDeep(nextPosition());
     NestingGuard guard(m_nesting);
-
     switch (type) {
-        case TT_LPAREN: {
-            m_lexer.pop(TT_LPAREN);
-            if (XCode rc = parseExpression(nodes, 0); rc.isErr()) return rc;
-            if (!m_lexer.pop(TT_RPAREN)) return failAt(position + 1, "%u: Expecting ')'");
-            return XCode();
-        }
-        case TT_NAME: {
-            const String name = next->value.data.string;
-            if (XCode rc = parseIdentifier(nodes); rc.isErr()) return rc;
-            if (!m_lexer.popIf(TT_LPAREN)) return XCode();
-            // A call. The name was resolved as a name first, on purpose: the
-            // call leaves the same traces as any other use of the name.
-            if (nodes.nodes.size() != 1) {
-                return failAt(position, "%u: Regular expression '%s' is used as a function", name);
-            }
-            VXLWPtr<FunctionNode> function = FunctionFactory::CREATE(name);
-            if (!function) return failAt(position + 1, "%u: Unknown function '%s'", name);
-            unsigned depth = 0;
-            if (XCode rc = parseFunctionArguments(function.get(), depth); rc.isErr()) return rc;
-            if (!m_lexer.pop(TT_RPAREN)) return failAt(position + 1, "%u: Expecting ')'");
-            if (XCode rc = function->verifyArguments(); rc.isErr()) {
-                rc.setStringF(
-                    "%u: Invalid number of arguments: %s(%s)", static_cast<unsigned>(position + 1),
-                    function->getFunctionName().c_str(), function->getParameterText().c_str());
-                return rc;
-            }
-            return share(function, depth + 1, position, nodes);
-        }
+        case TT_LPAREN:
+            return parseParenthesis(nodes);
+        case TT_NAME:
+            return parseNameOrCall(nodes);
         case TT_BOOL:
         case TT_NUMBER:
         case TT_TIME:
@@ -165,31 +150,63 @@ XCode Parser::parseAtom(Operands& nodes) {
             return parseConstant(nodes);
         case TT_NOT:
         case TT_BITNOT:
-        case TT_MINUS: {
-            m_lexer.pop(type);
-            Operands operands;
-            if (XCode rc = parseAtom(operands); rc.isErr()) return rc;
-            const char* functionName = UNARY_OPERATOR_FUNCTION(type);
-            VXLWPtr<FunctionNode> function = FunctionFactory::CREATE(functionName);
-            if (!function) {
-                return failAt(position + 1,
-                              "%u: Unknown unary operator; function '%s' not available",
-                              functionName);
-            }
-            if (XCode rc = addArguments(function.get(), operands); rc.isErr()) return rc;
-            if (XCode rc = function->verifyArguments(); rc.isErr()) {
-                // Named like a call's message: the function and what it takes.
-                rc.setStringF(
-                    "%u: Invalid number of arguments: %s(%s)", static_cast<unsigned>(position + 1),
-                    function->getFunctionName().c_str(), function->getParameterText().c_str());
-                return rc;
-            }
-            return share(function, operands.depth + 1, position, nodes);
-        }
+        case TT_MINUS:
+            return parseUnary(nodes);
         default:
             // Includes a lone '*': it denotes no operand of its own.
-            return failAt(position + 1, "%u: Expecting parameter or ')'");
+            return failAt(nextPosition() + 1, "%u: Expecting parameter or ')'");
     }
+}
+
+XCode Parser::parseParenthesis(Operands& nodes) {
+    const int position = nextPosition();
+    m_lexer.pop(TT_LPAREN);
+    XCode rc = parseExpression(nodes, 0);
+    if (rc.isErr()) return rc;
+    if (!m_lexer.pop(TT_RPAREN)) return failAt(position + 1, "%u: Expecting ')'");
+    return rc;
+}
+
+XCode Parser::parseNameOrCall(Operands& nodes) {
+    const int position = nextPosition();
+    const String name = m_lexer.next()->value.data.string;
+    XCode rc = parseIdentifier(nodes);
+    if (rc.isErr() || !m_lexer.popIf(TT_LPAREN)) return rc;
+    // A call. The name was resolved as a name first, on purpose: the call
+    // leaves the same traces as any other use of the name.
+    if (nodes.nodes.size() != 1) {
+        return failAt(position, "%u: Regular expression '%s' is used as a function", name.c_str());
+    }
+    VXLWPtr<FunctionNode> function = FunctionFactory::CREATE(name);
+    if (!function) return failAt(position + 1, "%u: Unknown function '%s'", name.c_str());
+    unsigned depth = 0;
+    rc = parseFunctionArguments(function.get(), depth);
+    if (rc.isErr()) return rc;
+    if (!m_lexer.pop(TT_RPAREN)) return failAt(position + 1, "%u: Expecting ')'");
+    rc = function->verifyArguments();
+    if (rc.isErr()) return invalidArguments(rc, position, *function);
+    return share(function, depth + 1, position, nodes);
+}
+
+XCode Parser::parseUnary(Operands& nodes) {
+    const int position = nextPosition();
+    const TokenType type = m_lexer.next()->type;
+    m_lexer.pop(type);
+    Operands operands;
+    XCode rc = parseAtom(operands);
+    if (rc.isErr()) return rc;
+    const char* functionName = UNARY_OPERATOR_FUNCTION(type);
+    VXLWPtr<FunctionNode> function = FunctionFactory::CREATE(functionName);
+    if (!function) {
+        return failAt(position + 1, "%u: Unknown unary operator; function '%s' not available",
+                      functionName);
+    }
+    rc = addArguments(function.get(), operands);
+    if (rc.isErr()) return rc;
+    rc = function->verifyArguments();
+    // Named like a call's message: the function and what it takes.
+    if (rc.isErr()) return invalidArguments(rc, position, *function);
+    return share(function, operands.depth + 1, position, nodes);
 }
 
 XCode Parser::parseIdentifier(Operands& nodes) {
@@ -237,8 +254,9 @@ XCode Parser::parseFunctionArguments(FunctionNode* function, unsigned& depth) {
     if (m_lexer.peekIf(TT_RPAREN)) return XCode();
     Operands arguments;
     while (true) {
-        if (XCode rc = parseExpression(arguments, 0); rc.isErr()) return rc;
-        if (XCode rc = addArguments(function, arguments); rc.isErr()) return rc;
+        XCode rc = parseExpression(arguments, 0);
+        if (rc.isSuccess()) rc = addArguments(function, arguments);
+        if (rc.isErr()) return rc;
         depth = std::max(depth, arguments.depth);
         if (m_lexer.popIf(TT_COMMA)) continue;
         if (m_lexer.peekIf(TT_RPAREN)) return XCode();

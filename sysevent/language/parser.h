@@ -13,9 +13,10 @@
 // Limits. The parser recurses, so it bounds how many levels may be open at
 // once: MAX_NESTING, where a parenthesis or a call opens two (its operand and
 // the expression inside), a unary operator one, and a binary operator one
-// while its right operand is read (a + b * c opens at most three). That is
-// 255 nested parentheses or calls, or 510 unary operators, and bounds the
-// stack a parse needs to about 128 KB (optimised build). The tree built may be at most
+// while its right operand is read (while c is read in a + b * c, four are
+// open: the whole expression, two right operands and c). That is 255 nested
+// parentheses or calls, or 510 unary operators, and bounds the stack a parse
+// needs to about 200 KB (optimised build). The tree built may be at most
 // MAX_DEPTH function applications deep (a+b+c is two deep), which bounds the
 // recursion of the graph over it. Beyond either limit the parse fails with
 // "<column>: Expression nested too deeply", so input of any shape and length
@@ -74,6 +75,11 @@ private:
 
     XCode parseExpression(Operands& nodes, int minimum = 0);
     XCode parseAtom(Operands& nodes);
+    // The operand kinds of parseAtom, each starting at the next token. Kept
+    // apart so that each level of recursion carries only its own locals.
+    XCode parseParenthesis(Operands& nodes);
+    XCode parseNameOrCall(Operands& nodes);
+    XCode parseUnary(Operands& nodes);
     XCode parseIdentifier(Operands& nodes);
     XCode parseConstant(Operands& nodes);
     // Adds the arguments up to (not including) the closing ')'; `depth`
