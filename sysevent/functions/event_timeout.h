@@ -9,8 +9,10 @@
 // it destroys the event, which cancels an expiry that has not happened yet:
 // an owner that is gone is never called.
 //
-// TimerStartFault: a seam through which tests make timer starts fail, to
-// exercise the paths the host's loop takes only when it cannot run a thread.
+// EventTimeouts: what all VXEventTimeouts share: a seam through which tests
+// make timer starts fail (to exercise the paths the host's loop takes only
+// when it cannot run a thread), and the count of live timers, by which tests
+// see that no timer outlives its owner.
 #pragma once
 
 #include "host/crit.h"
@@ -19,11 +21,13 @@
 
 namespace VX::SysEvent {
 
-struct TimerStartFault {
+// Read and written under the engine lock, like the timers' owners.
+struct EventTimeouts {
     // While this is a failure, every VXEventTimeout::start returns it and
-    // arms nothing. Success (the default) lets starts through. Read and
-    // written under the engine lock.
-    static XCode s_injected;
+    // arms nothing. Success (the default) lets starts through.
+    static XCode s_injectedStartFailure;
+    // VXEventTimeouts alive now.
+    static unsigned s_live;
 };
 
 template <typename T>
@@ -36,7 +40,11 @@ public:
     explicit VXEventTimeout(T* target, Method method = &T::onTimeout)
         : m_pTarget(target),
           m_method(method),
-          m_event(EVENT_LOOP(), EventPrio::NORMAL, &VXEventTimeout::HANDLE_EVENT, this) {}
+          m_event(EVENT_LOOP(), EventPrio::NORMAL, &VXEventTimeout::HANDLE_EVENT, this) {
+        ++EventTimeouts::s_live;
+    }
+    // Destroys the event: a pending expiry never happens.
+    ~VXEventTimeout() { --EventTimeouts::s_live; }
     VXEventTimeout(const VXEventTimeout&) = delete;
     VXEventTimeout& operator=(const VXEventTimeout&) = delete;
 
@@ -47,8 +55,9 @@ public:
     XCode start(unsigned ms, bool repeat = false) {
         m_running = true;
         m_repeat = repeat;
-        XCode rc = TimerStartFault::s_injected.isErr() ? TimerStartFault::s_injected
-                                                       : m_event.start(ms, repeat);
+        XCode rc = EventTimeouts::s_injectedStartFailure.isErr()
+                       ? EventTimeouts::s_injectedStartFailure
+                       : m_event.start(ms, repeat);
         if (rc.isErr()) {
             m_event.stop();
             m_running = false;

@@ -204,7 +204,7 @@ TEST_F(Debounce, TimerThatCannotStartKeepsTheOutput) {
     VXLWPtr<Node> x = leaf(num(1));
     VXLWPtr<Node> d = apply("DEBOUNCE", {x.get(), leaf(duration(1000)).get()});
     Watch w(d.get());
-    TimerStartFault::s_injected = XCode::Failure("NO LOOP");
+    EventTimeouts::s_injectedStartFailure = XCode::Failure("NO LOOP");
     x->setValue(num(2));
     EXPECT_TRUE(mon.contains(String::Formatted("[%s] CANNOT DEBOUNCE VALUE 2: 0x7FFFFFFF: NO LOOP",
                                                d->getName().c_str())));

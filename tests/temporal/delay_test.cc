@@ -77,13 +77,13 @@ TEST_F(Delay, ValueWhoseTimerCannotStartIsDropped) {
     Watch w(d.get());
     x->setValue(num(1));  // queued
     advanceTo(100);
-    TimerStartFault::s_injected = XCode::Failure("NO LOOP");
+    EventTimeouts::s_injectedStartFailure = XCode::Failure("NO LOOP");
     x->setValue(num(2));  // dropped: its record goes straight back
     EXPECT_TRUE(mon.contains(
         String::Formatted("[%s] CANNOT DELAY VALUE 2: 0x7FFFFFFF: NO LOOP", d->getName().c_str())));
     EXPECT_EQ(asDelay(d)->getQueueLength(), 1u);
     EXPECT_EQ(asDelay(d)->getFreeRecordCount(), 1u);
-    TimerStartFault::s_injected = XCode();
+    EventTimeouts::s_injectedStartFailure = XCode();
     advanceTo(200);
     x->setValue(num(3));  // reuses the returned record
     EXPECT_EQ(asDelay(d)->getRecordCount(), 2u);

@@ -1,8 +1,8 @@
 // Timers end with their owners: a wrapper destroyed before its expiry never
-// calls its owner, and a destroyed node's timers never fire. The node cases
-// read freed memory if a timer did fire; the AddressSanitizer build turns
-// that into a failure, and a live twin shows the clock did pass the due
-// time.
+// calls its owner, and a destroyed node's timers are destroyed with it and
+// never fire. A timer firing for a dead node would read freed memory, which
+// the AddressSanitizer build turns into a failure; a live twin shows that the
+// clock did pass the due times.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -41,10 +41,10 @@ TEST_F(Lifetime, WrapperStartsStopsRestartsAndCancelsOnDestruction) {
     advanceTo(2000);
     EXPECT_EQ(owner.fired, 1);
 
-    TimerStartFault::s_injected = XCode::Failure("NO LOOP");
+    EventTimeouts::s_injectedStartFailure = XCode::Failure("NO LOOP");
     EXPECT_EQ(timer->start(100).getString(), "NO LOOP");
     EXPECT_FALSE(timer->isRunning());
-    TimerStartFault::s_injected = XCode();
+    EventTimeouts::s_injectedStartFailure = XCode();
 
     ASSERT_TRUE(timer->start(100).isSuccess());
     timer.reset();
@@ -67,6 +67,7 @@ TEST_F(Lifetime, DestroyedNodesTimersNeverFire) {
     VXLWPtr<Node> delay = leaf(duration(1000));
     VXLWPtr<FunctionNode> twin = apply("DEBOUNCE", {x.get(), delay.get()});
     Watch w(twin.get());
+    const unsigned liveTimers = EventTimeouts::s_live;
     {
         VXLWPtr<FunctionNode> debounce = apply("DEBOUNCE", {x.get(), delay.get()});
         VXLWPtr<FunctionNode> delayed = apply("DELAY", {x.get(), delay.get()});
@@ -81,7 +82,8 @@ TEST_F(Lifetime, DestroyedNodesTimersNeverFire) {
         EXPECT_EQ(static_cast<DELAY*>(delayed.get())->getRecordCount(), 2u);
         EXPECT_EQ(x->getParents().size(), 4u);
     }
-    // Their links are gone with them, and so is the NOW tick.
+    // Their links and timers are gone with them, and so is the NOW tick.
+    EXPECT_EQ(EventTimeouts::s_live, liveTimers);
     EXPECT_EQ(x->getParents().size(), 1u);
     EXPECT_TRUE(NOW::s_pTickEvent.isNull());
     advanceTo(60000);

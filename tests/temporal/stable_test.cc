@@ -48,13 +48,13 @@ TEST_F(Stable, TimerThatCannotStartIsTheResult) {
         VXLWPtr<Node> x = leaf(num(1));
         VXLWPtr<FunctionNode> s = apply("STABLE", {x.get(), leaf(duration(1000)).get()});
         Watch w(s.get());
-        TimerStartFault::s_injected = c.fault;
+        EventTimeouts::s_injectedStartFailure = c.fault;
         x->setValue(num(2));
         EXPECT_EQ(w.value().subtype, c.result);
         EXPECT_TRUE(
             mon.contains(String::Formatted("[%s] CANNOT STABILIZE VALUE 2: %s",
                                            s->getName().c_str(), c.fault.toString().c_str())));
-        TimerStartFault::s_injected = XCode();
+        EventTimeouts::s_injectedStartFailure = XCode();
         MON = nullptr;
     }
 }

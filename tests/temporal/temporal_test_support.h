@@ -159,7 +159,7 @@ protected:
     void SetUp() override { VX::ManualTime::ENABLE(T0); }
     void TearDown() override {
         MON = nullptr;
-        TimerStartFault::s_injected = XCode();
+        EventTimeouts::s_injectedStartFailure = XCode();
         // Each test's nodes are gone by now; so must be the shared ticks.
         EXPECT_TRUE(NOW::s_instances.empty());
         EXPECT_TRUE(NOW::s_pTickEvent.isNull());
