@@ -105,11 +105,19 @@ bool Node::storeEvent(const Event& e) {
                    VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
     }
     m_lastEvent = e;
-    // By index, re-reading the list: an observer may remove itself or others
-    // while being told. A removed observer is never called afterwards (it may
-    // be gone); the price is that the one after a removed entry may be skipped.
-    for (size_t i = 0; i < m_observers.size(); ++i)
-        m_observers[i]->onValueChanged(oldValue, newValue);
+    // An observer may remove itself or others while being told. Walk a
+    // snapshot and skip entries removed meanwhile (a removed observer may be
+    // gone); observers added meanwhile hear of the next change. The common
+    // case, one observer (the published object of a name), needs no copy.
+    if (m_observers.size() == 1) {
+        m_observers.front()->onValueChanged(oldValue, newValue);
+    } else if (!m_observers.empty()) {
+        const VXVector<NodeObserver*> snapshot = m_observers;
+        for (NodeObserver* o : snapshot) {
+            if (std::find(m_observers.begin(), m_observers.end(), o) != m_observers.end())
+                o->onValueChanged(oldValue, newValue);
+        }
+    }
     return true;
 }
 

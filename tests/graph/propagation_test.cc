@@ -269,5 +269,35 @@ TEST_F(Propagation, NothingIsFormattedWithoutAnAdmittingMonitor) {
     EXPECT_TRUE(monitor.lines().empty());
 }
 
+// Removes itself from its node while being told of a change.
+class SelfRemovingObserver : public NodeObserver {
+public:
+    explicit SelfRemovingObserver(Node* node) : node_(node) {}
+    void onValueChanged(const Value&, const Value&) override {
+        ++calls;
+        node_->removeObserver(this);
+    }
+    Node* node_;
+    int calls = 0;
+};
+
+TEST_F(Propagation, ObserverRemovingItselfDoesNotCostTheNextOneItsCall) {
+    auto a = leaf("a", 1);
+    SelfRemovingObserver first(a.get());
+    RecordingObserver second, third;
+    a->addObserver(&first);
+    a->addObserver(&second);
+    a->addObserver(&third);
+    a->setValue(Value(2ULL));
+    EXPECT_EQ(first.calls, 1);
+    EXPECT_EQ(second.changes.size(), 1u);
+    EXPECT_EQ(third.changes.size(), 1u);
+    a->setValue(Value(3ULL));
+    EXPECT_EQ(first.calls, 1);
+    EXPECT_EQ(second.changes.size(), 2u);
+    a->removeObserver(&second);
+    a->removeObserver(&third);
+}
+
 }  // namespace
 }  // namespace VX::SysEvent::testing
