@@ -1,11 +1,13 @@
 # Checks that an outside project can use SysEvent, both as a subdirectory and
 # as an installed package:
-#   cmake -DSOURCE_DIR=<repository> -DWORK_DIR=<scratch dir> -P run.cmake
+#   cmake -DSOURCE_DIR=<repository> -DBUILD_DIR=<its build> -DWORK_DIR=<scratch dir> -P run.cmake
+# The package half installs the library already built in BUILD_DIR, so the
+# library is compiled once more only for the subdirectory half.
 # Fails (non-zero exit) on the first step that fails. Builds without
 # optimisation or debug information, to stay quick.
 cmake_minimum_required(VERSION 3.25)
 
-foreach(var SOURCE_DIR WORK_DIR)
+foreach(var SOURCE_DIR BUILD_DIR WORK_DIR)
     if(NOT DEFINED ${var})
         message(FATAL_ERROR "${var} is not set")
     endif()
@@ -30,11 +32,8 @@ step(${CMAKE_COMMAND} -S ${consumer} -B ${WORK_DIR}/subdirectory ${common} ${no_
 step(${CMAKE_COMMAND} --build ${WORK_DIR}/subdirectory -j 2)
 step(${WORK_DIR}/subdirectory/consumer)
 
-# (b) The library built and installed on its own, then found as a package.
-step(${CMAKE_COMMAND} -S ${SOURCE_DIR} -B ${WORK_DIR}/library ${common} ${no_extras}
-     -DCMAKE_INSTALL_PREFIX=${WORK_DIR}/prefix)
-step(${CMAKE_COMMAND} --build ${WORK_DIR}/library -j 2)
-step(${CMAKE_COMMAND} --install ${WORK_DIR}/library)
+# (b) The library installed from its own build, then found as a package.
+step(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix)
 step(${CMAKE_COMMAND} -S ${consumer} -B ${WORK_DIR}/package ${common}
      -DSYSEVENT_CONSUMER_MODE=package -DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix)
 step(${CMAKE_COMMAND} --build ${WORK_DIR}/package -j 2)
