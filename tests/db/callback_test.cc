@@ -5,7 +5,10 @@
 // queued delivery, destroyed managers, and handlers that write.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <future>
 #include <memory>
+#include <thread>
 
 #include "db_test_support.h"
 
@@ -280,6 +283,38 @@ TEST_F(CallbackTest, AHandlerMayDestroyItsManager) {
     EXPECT_EQ(after, 0);  // nothing of a destroyed manager runs
     dbtest::addInterface(db_, "eth1");
     EXPECT_EQ(rec_.seen.size(), 2u);  // the others go on hearing
+}
+
+// A handler that waits for a lock (as a tracker waits for the engine lock)
+// must not keep another thread, which holds that lock, from delivering to the
+// same manager.
+TEST_F(CallbackTest, AWaitingHandlerBlocksNoOtherDelivery) {
+    VXLock engine;
+    std::promise<void> waiting;
+    std::thread::id other;
+    std::atomic<int> delivered{0};
+    VX::ComponentManager manager("lock-taker");
+    manager.addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) {
+        if (std::this_thread::get_id() == other) waiting.set_value();
+        VXAutoLock hold(engine);
+        ++delivered;
+    });
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
+    ASSERT_TRUE(tx.start().isSuccess());
+    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &manager).isSuccess());
+    ASSERT_TRUE(tx.commit().isSuccess());
+
+    engine.lock();
+    std::thread writer([&] {
+        other = std::this_thread::get_id();
+        dbtest::addInterface(db_, "eth0");
+    });
+    waiting.get_future().wait();        // the writer's handler now waits for `engine`
+    dbtest::addInterface(db_, "eth1");  // delivered here, under `engine`
+    EXPECT_EQ(delivered.load(), 1);
+    engine.unlock();
+    writer.join();
+    EXPECT_EQ(delivered.load(), 2);
 }
 
 TEST_F(CallbackTest, HandlersMayWriteAndTheirChangesFollow) {
