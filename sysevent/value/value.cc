@@ -15,14 +15,6 @@ XCode errToXCode(DataSubType st) {
     return XCode(ENGINE_ERROR_BASE + (static_cast<uint32_t>(st) & 0x00FFFFFFu));
 }
 
-Value xcodeToValue(const XCode& rc) {
-    if (rc.isSuccess()) return Value(DST_UNDEF);
-    if ((rc.getValue() & 0xFF000000u) == ENGINE_ERROR_BASE) {
-        return Value(static_cast<DataSubType>(rc.getValue() & 0x00FFFFFFu));
-    }
-    return Value(DST_ERR_GENERIC);
-}
-
 DataType Value::getDataType() const {
     switch (subtype) {
         case DST_EMPTY:

@@ -137,11 +137,6 @@ public:
     static XCode STRING_TO_TIME(VX::Time& t, DataSubType& st, const String& s);
 };
 
-// The way back from a failed computation's code to a value: a code whose top
-// byte is that of ENGINE_ERROR_BASE becomes the value of the subtype in its low
-// 24 bits, any other failure "#ERR!". Success gives Value(DST_UNDEF).
-Value xcodeToValue(const XCode& rc);
-
 // Different subtypes are unequal; payload-less subtypes (undefined, empty,
 // errors, unknown numbers) are equal to themselves; floats compare within one
 // machine epsilon (relative above 1.0), NaN is unequal to everything.

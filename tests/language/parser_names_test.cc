@@ -152,6 +152,8 @@ TEST_F(ParserNames, LiteralsShareOnlyWhenTheyAreTheSameValue) {
     EXPECT_NE(rootOf(parser, "1e3"), rootOf(parser, "1000"));
     // Equal durations written differently are one node.
     EXPECT_EQ(rootOf(parser, "90s"), rootOf(parser, "1m30s"));
+    // Strings differ by their bytes, also past an embedded NUL.
+    EXPECT_NE(rootOf(parser, "'nul'"), rootOf(parser, String("'nul\0x'", 7)));
     // A string and a name of the same text are different things.
     EXPECT_NE(rootOf(parser, "'sh2'"), rootOf(parser, "sh2"));
 }

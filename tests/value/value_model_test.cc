@@ -171,7 +171,7 @@ TEST(ValueModel, TimeDeltaTexts) {
     for (const auto& c : cases) EXPECT_EQ(Value::STRING_OF_TIME_DELTA(c.t), c.text);
 }
 
-TEST(ValueModel, ErrorCodesRoundTrip) {
+TEST(ValueModel, ErrorCodes) {
     EXPECT_EQ(errToXCode(DST_ERR_DIV0).getValue(), 0x1600000Au);
     EXPECT_EQ(errToXCode(DST_ERR_NA).getValue(), 0x1600000Bu);
     EXPECT_EQ(errToXCode(DST_ERR_NUM).getValue(), 0x1600000Cu);
@@ -180,12 +180,6 @@ TEST(ValueModel, ErrorCodesRoundTrip) {
     EXPECT_FALSE(errToXCode(DST_ERR_VAL).hasString());
     // Only the low 24 bits of the subtype travel.
     EXPECT_EQ(errToXCode(static_cast<DataSubType>(0x01000003)).getValue(), 0x16000003u);
-
-    for (DataSubType st : {DST_ERR_DIV0, DST_ERR_NA, DST_ERR_NUM, DST_ERR_VAL, DST_ERR_GENERIC}) {
-        EXPECT_EQ(xcodeToValue(errToXCode(st)), Value(st));
-    }
-    EXPECT_EQ(xcodeToValue(XCode(XCode::GENERIC_FAILURE)), Value(DST_ERR_GENERIC));
-    EXPECT_EQ(xcodeToValue(XCode(0x15000000)), Value(DST_ERR_GENERIC));
 }
 
 }  // namespace
