@@ -4,6 +4,7 @@
 
 #include "host/crit.h"
 #include "host/monitor.h"
+#include "host/regex.h"
 #include "sysevent/language/lexer.h"
 
 namespace VX::SysEvent {
@@ -276,6 +277,34 @@ TEST(Lexer, NameToRegex) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Lexer::NAME_TO_REGEX(c.pattern, c.prefix), c.regex) << c.pattern;
+    }
+}
+
+TEST(Lexer, NameToRegexMatchesNames) {
+    const struct {
+        const char* pattern;
+        bool prefix;
+        const char* name;
+        bool matches;
+    } cases[] = {
+        {"line%.up", false, "line1.up", true},
+        {"line%.up", false, "line.up", false},     // '%' is one or more characters
+        {"line%.up", false, "line1.x.up", false},  // ... never across a '.'
+        {"line%.up", false, "line1:x.up", false},  // ... nor a ':'
+        {"line%.up", false, "line1.up.down", false},
+        {"line%.up", true, "line1.up.down", true},  // prefix form
+        {"a.b", false, "axb", false},               // '.' is literal
+        {"{sip[0-9]%}.state", false, "sip12.state", true},
+        {"{sip[0-9]%}.state", false, "sip.state", true},
+        {"{sip[0-9]%}.state", false, "sipx.state", false},
+        {"{a*}", false, "a*", true},
+        {"{a*}", false, "aa", false},
+    };
+    for (const auto& c : cases) {
+        VXPtr<VXRegEx::Pattern> re =
+            VXRegEx::COMPILE_EXPRESSION(Lexer::NAME_TO_REGEX(c.pattern, c.prefix));
+        ASSERT_TRUE(re) << c.pattern;
+        EXPECT_EQ(re->match(c.name), c.matches) << c.pattern << " vs " << c.name;
     }
 }
 
