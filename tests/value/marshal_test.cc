@@ -1,10 +1,11 @@
 // Marshalled forms of Value and Event, byte for byte in native byte order
-// (expected bytes are built with memcpy of native integers, so the test holds
-// on either endianness), and malformed buffers.
+// (expected bytes are built from native integers, so the test holds on either
+// endianness), and malformed buffers.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <vector>
 
 #include "host/marshaller.h"
@@ -16,68 +17,50 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-// Appends the native image of `v`.
-template <typename T>
-Bytes& put(Bytes& b, T v) {
-    uint8_t raw[sizeof(T)];
-    memcpy(raw, &v, sizeof(T));
-    b.insert(b.end(), raw, raw + sizeof(T));
-    return b;
-}
+// Builds a buffer from native images: B().i32(9).i32(3).raw({'a'}).
+struct B {
+    Bytes b;
+    template <typename T>
+    B& put(T v) {
+        uint8_t image[sizeof(T)];
+        memcpy(image, &v, sizeof(T));
+        b.insert(b.end(), image, image + sizeof(T));
+        return *this;
+    }
+    B& i32(int32_t v) { return put(v); }
+    B& raw(std::initializer_list<uint8_t> bytes) {
+        b.insert(b.end(), bytes);
+        return *this;
+    }
+    operator Bytes() const { return b; }
+};
 
 Bytes bytesOf(const VXMarshaller& m) {
     return Bytes(m.getData(), m.getData() + m.getLength());
 }
 
-Bytes tagged(const Value& v) {
-    VXMarshaller m;
-    EXPECT_TRUE(v.marshal(m).isSuccess());
-    return bytesOf(m);
-}
-
 TEST(Marshal, TaggedFormBytes) {
-    Bytes b;
-    put<int32_t>(b, 2);
-    b.push_back(1);
-    EXPECT_EQ(tagged(Value(true)), b);
-
-    b.clear();
-    put<int32_t>(b, 2);
-    b.push_back(0);
-    EXPECT_EQ(tagged(Value(false)), b);
-
-    b.clear();
-    put<uint64_t>(put<int32_t>(b, 3), 5);
-    EXPECT_EQ(tagged(Value(5ULL)), b);
-
-    b.clear();
-    put<double>(put<int32_t>(b, 4), -2.5);
-    EXPECT_EQ(tagged(Value(-2.5)), b);
-
-    b.clear();
-    put<int32_t>(put<int32_t>(put<int32_t>(b, 8), 90), 250);
-    EXPECT_EQ(tagged(Value(VX::Time(90, 250), DST_REL_TIME)), b);
-
-    b.clear();
-    put<int32_t>(put<int32_t>(b, 9), 3);
-    b.insert(b.end(), {'a', 'b', 'c'});
-    EXPECT_EQ(tagged(Value("abc")), b);
-
-    b.clear();
-    put<int32_t>(put<int32_t>(b, 9), 0);
-    EXPECT_EQ(tagged(Value("")), b);
-
-    b.clear();
-    put<int32_t>(b, 11);
-    EXPECT_EQ(tagged(Value(DST_ERR_NA)), b);
-
-    b.clear();
-    put<int32_t>(b, 10);
-    EXPECT_EQ(tagged(Value(DST_ERR_DIV0)), b);
-
-    b.clear();
-    put<int32_t>(b, 0);
-    EXPECT_EQ(tagged(Value(DST_UNDEF)), b);
+    const struct {
+        Value v;
+        Bytes bytes;
+    } cases[] = {
+        {Value(true), B().i32(2).raw({1})},
+        {Value(false), B().i32(2).raw({0})},
+        {Value(5ULL), B().i32(3).put<uint64_t>(5)},
+        {Value(-2.5), B().i32(4).put<double>(-2.5)},
+        {Value(VX::Time(90, 250), DST_REL_TIME), B().i32(8).i32(90).i32(250)},
+        {Value("abc"), B().i32(9).i32(3).raw({'a', 'b', 'c'})},
+        {Value(""), B().i32(9).i32(0)},
+        {Value(DST_ERR_NA), B().i32(11)},
+        {Value(DST_ERR_DIV0), B().i32(10)},
+        {Value(DST_UNDEF), B().i32(0)},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.v.toString().c_str());
+        VXMarshaller m;
+        ASSERT_TRUE(c.v.marshal(m).isSuccess());
+        EXPECT_EQ(bytesOf(m), c.bytes);
+    }
 }
 
 TEST(Marshal, TaggedFormRoundTripsEveryKind) {
@@ -119,101 +102,45 @@ TEST(Marshal, InProcessFormRestoresAnEqualValue) {
     EXPECT_EQ(d, Value(7ULL));
 }
 
-// Reads `bytes` as a tagged value into a value holding 7; returns the code.
-XCode readInto(const Bytes& bytes, Value& v) {
-    VXMarshaller m(bytes.data(), bytes.size());
-    v = Value(7ULL);
-    return v.unmarshal(m);
-}
-
-TEST(Marshal, MalformedBuffersFailCleanly) {
+TEST(Marshal, ReadingBuffers) {
+    const Value kept(7ULL);  // what the target holds before the read
     const struct {
         const char* what;
         Bytes bytes;
-    } failing[] = {
-        {"empty", {}},
-        {"short subtype", {0, 0}},
-        {"bool without payload",
-         [] {
-             Bytes b;
-             return put<int32_t>(b, 2);
-         }()},
-        {"uint with 7 bytes",
-         [] {
-             Bytes b;
-             put<int32_t>(b, 3);
-             b.resize(b.size() + 7);
-             return b;
-         }()},
-        {"float with 0 bytes",
-         [] {
-             Bytes b;
-             return put<int32_t>(b, 4);
-         }()},
-        {"time with 4 bytes",
-         [] {
-             Bytes b;
-             return put<int32_t>(put<int32_t>(b, 5), 1);
-         }()},
-        {"string without length",
-         [] {
-             Bytes b;
-             return put<int32_t>(b, 9);
-         }()},
-        {"string claiming 10 of 3",
-         [] {
-             Bytes b;
-             put<int32_t>(put<int32_t>(b, 9), 10);
-             b.insert(b.end(), {'a', 'b', 'c'});
-             return b;
-         }()},
-        {"string claiming 2^31-1",
-         [] {
-             Bytes b;
-             put<int32_t>(put<int32_t>(b, 9), 0x7FFFFFFF);
-             b.push_back('a');
-             return b;
-         }()},
+        Value expected;  // `kept` when the read must fail
+    } cases[] = {
+        {"empty", {}, kept},
+        {"short subtype", {0, 0}, kept},
+        {"bool without payload", B().i32(2), kept},
+        {"uint with 7 bytes", B().i32(3).raw({0, 0, 0, 0, 0, 0, 0}), kept},
+        {"float with 0 bytes", B().i32(4), kept},
+        {"time with 4 bytes", B().i32(5).i32(1), kept},
+        {"string without length", B().i32(9), kept},
+        {"string claiming 10 of 3", B().i32(9).i32(10).raw({'a', 'b', 'c'}), kept},
+        {"string claiming 2^31-1", B().i32(9).i32(0x7FFFFFFF).raw({'a'}), kept},
+        // Odd but well formed.
+        {"unknown kind", B().i32(42), Value(static_cast<DataSubType>(42))},
+        {"negative kind", B().i32(-5), Value(static_cast<DataSubType>(-5))},
+        {"any non-zero byte is true", B().i32(2).raw({0x80}), Value(true)},
+        {"negative length is empty", B().i32(9).i32(-4), Value("")},
     };
-    for (const auto& c : failing) {
-        Value v;
-        XCode rc = readInto(c.bytes, v);
-        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << c.what;
-        EXPECT_EQ(v, Value(7ULL)) << c.what;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        VXMarshaller m(c.bytes.data(), c.bytes.size());
+        Value v = kept;
+        XCode rc = v.unmarshal(m);
+        const bool fails = c.expected.subtype == kept.subtype;
+        EXPECT_EQ(rc.getValue(), fails ? XCode::GENERIC_FAILURE : XCode().getValue());
+        EXPECT_EQ(v.subtype, c.expected.subtype);
+        EXPECT_EQ(v, c.expected);
     }
-}
-
-TEST(Marshal, OddButWellFormedBuffers) {
-    Value v;
-    Bytes b;
-    put<int32_t>(b, 42);
-    ASSERT_TRUE(readInto(b, v).isSuccess());
-    EXPECT_EQ(v.toString(), "#NOTYPE!");
-    EXPECT_EQ(v.getDataType(), DT_UNDEF);
-
-    b.clear();
-    put<int32_t>(b, -5);
-    ASSERT_TRUE(readInto(b, v).isSuccess());
-    EXPECT_EQ(v.toString(), "#NOTYPE!");
-
-    // Any non-zero byte is true.
-    b.clear();
-    put<int32_t>(b, 2);
-    b.push_back(0x80);
-    ASSERT_TRUE(readInto(b, v).isSuccess());
-    EXPECT_EQ(v, Value(true));
-
-    // A negative length reads as the empty string.
-    b.clear();
-    put<int32_t>(put<int32_t>(b, 9), -4);
-    ASSERT_TRUE(readInto(b, v).isSuccess());
-    EXPECT_EQ(v, Value(""));
+    EXPECT_EQ(Value(static_cast<DataSubType>(42)).toString(), "#NOTYPE!");
 
     // An error subtype carries no payload: what follows is left for the next
     // reader.
-    b.clear();
-    put<int32_t>(put<int32_t>(b, 10), 99);
+    const Bytes b = B().i32(10).i32(99);
     VXMarshaller m(b.data(), b.size());
+    Value v;
     ASSERT_TRUE(v.unmarshal(m).isSuccess());
     EXPECT_EQ(v, Value(DST_ERR_DIV0));
     EXPECT_EQ(m.getLength(), 4u);
@@ -223,11 +150,7 @@ TEST(Marshal, EventForm) {
     const Event e(VX::Time(10, 1), VX::Time(20, 2), Value(5ULL));
     VXMarshaller m;
     ASSERT_TRUE(e.marshal(m).isSuccess());
-    Bytes expected;
-    put<int32_t>(put<int32_t>(expected, 10), 1);
-    put<int32_t>(put<int32_t>(expected, 20), 2);
-    put<uint64_t>(put<int32_t>(expected, 3), 5);
-    EXPECT_EQ(bytesOf(m), expected);
+    EXPECT_EQ(bytesOf(m), Bytes(B().i32(10).i32(1).i32(20).i32(2).i32(3).put<uint64_t>(5)));
 
     Event back;
     ASSERT_TRUE(back.unmarshal(m).isSuccess());
@@ -237,10 +160,8 @@ TEST(Marshal, EventForm) {
 }
 
 TEST(Marshal, EventKeepsWhatItReadBeforeAFailure) {
-    Bytes b;
-    put<int32_t>(put<int32_t>(b, 10), 1);
-    put<int32_t>(put<int32_t>(b, 20), 2);
-    put<int32_t>(put<int32_t>(b, 9), 50);  // a string that claims too much
+    // A string that claims too much.
+    const Bytes b = B().i32(10).i32(1).i32(20).i32(2).i32(9).i32(50);
     VXMarshaller m(b.data(), b.size());
     Event e(VX::Time(1, 0), VX::Time(2, 0), Value("old"));
     EXPECT_EQ(e.unmarshal(m).getValue(), XCode::GENERIC_FAILURE);
@@ -249,9 +170,7 @@ TEST(Marshal, EventKeepsWhatItReadBeforeAFailure) {
     EXPECT_EQ(e.value, Value("old"));
 
     // Too short for the end time: the start is already replaced.
-    Bytes shortBuffer;
-    put<int32_t>(put<int32_t>(shortBuffer, 30), 3);
-    put<int32_t>(shortBuffer, 40);
+    const Bytes shortBuffer = B().i32(30).i32(3).i32(40);
     VXMarshaller m2(shortBuffer.data(), shortBuffer.size());
     EXPECT_TRUE(e.unmarshal(m2).isErr());
     EXPECT_EQ(e.start, VX::Time(30, 3));

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "host/clock.h"
 #include "sysevent/value/value.h"
@@ -36,17 +37,13 @@ TEST(ValueModel, DataTypeOfEverySubtype) {
 }
 
 TEST(ValueModel, ConstructorsPickTheSubtype) {
-    EXPECT_EQ(Value().subtype, DST_UNDEF);
-    EXPECT_EQ(Value(true).subtype, DST_BOOL);
-    EXPECT_EQ(Value(5ULL).subtype, DST_UINT);
-    EXPECT_EQ(Value(2.5).subtype, DST_FLP);
-    EXPECT_EQ(Value("x").subtype, DST_STRING);
-    EXPECT_EQ(Value(String("x")).subtype, DST_STRING);
-    // A time keeps the subtype it is given, even a non-time one.
-    EXPECT_EQ(Value(VX::Time(3, 0), DST_ABS_DATE).subtype, DST_ABS_DATE);
+    const Value values[] = {Value(),    Value(true), Value(5ULL),
+                            Value(2.5), Value("x"),  Value(VX::Time(3, 0), DST_ABS_DATE)};
+    const DataSubType subtypes[] = {DST_UNDEF, DST_BOOL,   DST_UINT,
+                                    DST_FLP,   DST_STRING, DST_ABS_DATE};
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(values[i].subtype, subtypes[i]) << i;
     VX::Clock clock(VX::Time(86400, 0));
-    Value fromClock(clock, DST_ABS_DATE_TIME);
-    EXPECT_EQ(fromClock.data.time, VX::Time(86400, 0));
+    EXPECT_EQ(Value(clock, DST_ABS_DATE_TIME).data.time, VX::Time(86400, 0));
 }
 
 TEST(ValueModel, CopiesOwnTheirText) {
@@ -172,14 +169,18 @@ TEST(ValueModel, TimeDeltaTexts) {
 }
 
 TEST(ValueModel, ErrorCodes) {
-    EXPECT_EQ(errToXCode(DST_ERR_DIV0).getValue(), 0x1600000Au);
-    EXPECT_EQ(errToXCode(DST_ERR_NA).getValue(), 0x1600000Bu);
-    EXPECT_EQ(errToXCode(DST_ERR_NUM).getValue(), 0x1600000Cu);
-    EXPECT_EQ(errToXCode(DST_ERR_VAL).getValue(), 0x1600000Du);
-    EXPECT_EQ(errToXCode(DST_ERR_GENERIC).getValue(), 0x1600000Eu);
+    const std::pair<int, uint32_t> cases[] = {
+        {DST_ERR_DIV0, 0x1600000A},
+        {DST_ERR_NA, 0x1600000B},
+        {DST_ERR_NUM, 0x1600000C},
+        {DST_ERR_VAL, 0x1600000D},
+        {DST_ERR_GENERIC, 0x1600000E},
+        {0x01000003, 0x16000003},  // only the low 24 bits of the subtype travel
+    };
+    for (const auto& [st, code] : cases) {
+        EXPECT_EQ(errToXCode(static_cast<DataSubType>(st)).getValue(), code) << st;
+    }
     EXPECT_FALSE(errToXCode(DST_ERR_VAL).hasString());
-    // Only the low 24 bits of the subtype travel.
-    EXPECT_EQ(errToXCode(static_cast<DataSubType>(0x01000003)).getValue(), 0x16000003u);
 }
 
 }  // namespace
