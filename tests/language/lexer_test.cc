@@ -1,5 +1,6 @@
-// Lexer: token streams (kinds, literal values, positions), every error with
-// its exact text and number, the queue operations, and NAME_TO_REGEX.
+// Lexer: token streams (kinds, literal values, positions) of names, keywords,
+// numbers, dates, times, durations, strings and symbols; every error with its
+// exact text and number; the queue operations; and NAME_TO_REGEX.
 #include <gtest/gtest.h>
 
 #include "host/crit.h"
@@ -68,7 +69,7 @@ struct StreamCase {
     const char* tokens;
 };
 
-TEST(Lexer, NamesAndKeywords) {
+TEST(Lexer, TokenStreams) {
     const StreamCase cases[] = {
         {"", "END@0"},
         {"   \t\n", "END@5"},
@@ -88,12 +89,6 @@ TEST(Lexer, NamesAndKeywords) {
         {"True NOT infinity and2",
          "NAME True@0 | NAME NOT@5 | NAME infinity@9 | NAME and2@18 | END@22"},
         {"f(a,b)", "NAME f@0 | (@1 | NAME a@2 | ,@3 | NAME b@4 | )@5 | END@6"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(streamOf(c.text), String(c.tokens)) << c.text;
-}
-
-TEST(Lexer, NumbersDatesAndTimes) {
-    const StreamCase cases[] = {
         {"42", "NUM u:42@0 | END@2"},
         {"0x1F", "NUM u:31@0 | END@4"},
         {"010", "NUM u:8@0 | END@3"},
@@ -117,19 +112,12 @@ TEST(Lexer, NumbersDatesAndTimes) {
         {"2024-1-5T1:2:3+x", "TIME dt:2024-01-05T01:02:03@0 | +@14 | NAME x@15 | END@16"},
         // An hour out of range is no date-time: the date, then a name.
         {"2024-01-15T25:00:00", "TIME d:2024-01-15@0 | NAME T25:00:00@10 | END@19"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(streamOf(c.text), String(c.tokens)) << c.text;
-}
-
-TEST(Lexer, Durations) {
-    const StreamCase cases[] = {
         {"1h30m", "TIME r:1h30m@0 | END@5"},
         {"1d2h3m4s500ms", "TIME r:1d2h3m4s500ms@0 | END@13"},
         {"2H", "TIME r:2h@0 | END@2"},
         {"1MS 1Us 1nS", "TIME r:1ms@0 | TIME r:1us@4 | TIME r:1ns@8 | END@11"},
         {"0x10s", "TIME r:16s@0 | END@5"},
         {"1h 30m", "TIME r:1h@0 | TIME r:30m@3 | END@6"},
-        {"500ms", "TIME r:500ms@0 | END@5"},
         {"1500ms", "TIME r:1s500ms@0 | END@6"},
         {"2500000us", "TIME r:2s500ms@0 | END@9"},
         {"1000000001ns", "TIME r:1s1ns@0 | END@12"},
@@ -143,12 +131,6 @@ TEST(Lexer, Durations) {
         {"1h30+2", "TIME r:1h@0 | NUM u:30@2 | +@4 | NUM u:2@5 | END@6"},
         {"1m5", "TIME r:1m@0 | NUM u:5@2 | END@3"},
         {"5s.", "ERROR 3: Unexpected character '.'"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(streamOf(c.text), String(c.tokens)) << c.text;
-}
-
-TEST(Lexer, StringsAndSymbols) {
-    const StreamCase cases[] = {
         {"'it''s'", "TEXT 'it'@0 | TEXT 's'@4 | END@7"},
         {"\"a'b\"", "TEXT 'a'b'@0 | END@5"},
         {"'x\"y'", "TEXT 'x\"y'@0 | END@5"},
@@ -162,14 +144,10 @@ TEST(Lexer, StringsAndSymbols) {
         {"!!a", "!@0 | !@1 | NAME a@2 | END@3"},
         {"a<<=b", "ERROR 4: Unexpected character '='"},
         {"&&&", "&&@0 | &@2 | END@3"},
+        {"'a\\nb\\rc\\fd\\te\\vf'", "TEXT 'a\nb\rc\fd\te\vf'@0 | END@18"},
+        {"1193046h", "TIME r:49710d6h@0 | END@8"},
     };
     for (const auto& c : cases) EXPECT_EQ(streamOf(c.text), String(c.tokens)) << c.text;
-}
-
-TEST(Lexer, EscapesInStrings) {
-    Lexer lexer;
-    ASSERT_TRUE(lexer.analyze("'a\\nb\\rc\\fd\\te\\vf'").isSuccess());
-    EXPECT_EQ(lexer.tokens()[0].value.data.string, "a\nb\rc\fd\te\vf");
 }
 
 TEST(Lexer, Errors) {
@@ -182,7 +160,6 @@ TEST(Lexer, Errors) {
         {"24:00:00", "3: Unexpected character ':'"},
         {".5", "1: Unexpected character '.'"},
         {"a + #", "5: Unexpected character '#'"},
-        {"x = 1", "3: Unexpected character '='"},
         {"1:2:3:4", "6: Unexpected character ':'"},
         {"{a b}", "2: Unterminated regular expression; expecting '}'"},
         {"x{a\tb}", "3: Unterminated regular expression; expecting '}'"},
@@ -197,7 +174,6 @@ TEST(Lexer, Errors) {
         {"1h5x", "2: Invalid time delta"},
         {"0x", "0: Invalid time delta"},
         {"49711d", "6: Number of days exceeds time range"},
-        {"1193046h", nullptr},
         {"1193047h", "8: Number of hours exceeds time range"},
         {"71582789m", "9: Number of minutes exceeds time range"},
         {"4294967295s", "11: Number of seconds exceeds time range"},
@@ -213,16 +189,13 @@ TEST(Lexer, Errors) {
         {"x + 2100-01-01", "4: Invalid date"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
         Lexer lexer;
         XCode rc = lexer.analyze(c.text);
-        if (!c.message) {
-            EXPECT_TRUE(rc.isSuccess()) << c.text << ": " << rc.getString().c_str();
-            continue;
-        }
-        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << c.text;
-        EXPECT_EQ(rc.getString(), String(c.message)) << c.text;
+        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
+        EXPECT_EQ(rc.getString(), String(c.message));
         // Nothing can be read after a failure.
-        EXPECT_EQ(lexer.next(), nullptr) << c.text;
+        EXPECT_EQ(lexer.next(), nullptr);
         Token t;
         EXPECT_FALSE(lexer.peek(t));
     }

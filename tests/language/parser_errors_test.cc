@@ -56,20 +56,18 @@ TEST_F(ParserErrors, CatalogueArityMessage) {
 }
 
 TEST_F(ParserErrors, MissingOperatorFunctions) {
-    {
-        HiddenFunction hidden("NEG");
-        EXPECT_EQ(PARSE("1 + -a"),
-                  String("ERROR 5: Unknown unary operator; function 'NEG' not available"));
-    }
-    {
-        HiddenFunction hidden("BITNOT");
-        EXPECT_EQ(PARSE("~a"),
-                  String("ERROR 1: Unknown unary operator; function 'BITNOT' not available"));
-    }
-    {
-        HiddenFunction hidden("MOD");
-        EXPECT_EQ(PARSE("a % b"),
-                  String("ERROR 3: Unknown binary operator; function 'MOD' not available"));
+    const struct {
+        const char* function;
+        const char* text;
+        const char* error;
+    } cases[] = {
+        {"NEG", "1 + -a", "ERROR 5: Unknown unary operator; function 'NEG' not available"},
+        {"BITNOT", "~a", "ERROR 1: Unknown unary operator; function 'BITNOT' not available"},
+        {"MOD", "a % b", "ERROR 3: Unknown binary operator; function 'MOD' not available"},
+    };
+    for (const auto& c : cases) {
+        HiddenFunction hidden(c.function);
+        EXPECT_EQ(PARSE(c.text), String(c.error));
     }
     EXPECT_EQ(PARSE("-a % ~b"), String("MOD(NEG(a),BITNOT(b))"));
 
@@ -135,12 +133,6 @@ TEST_F(ParserErrors, DepthLimitOfTheTree) {
     const String wide = PARSE("TFANY(a" + repeat(",a", 50000) + ")");
     EXPECT_TRUE(wide.startsWith("TFANY(a,a,a,")) << wide.substring(0, 40).c_str();
 }
-
-}  // namespace
-}  // namespace VX::SysEvent::ParserTest
-
-namespace VX::SysEvent::ParserTest {
-namespace {
 
 // The stack that the deepest parse must fit: a quarter of a megabyte in an
 // optimised build (it needs about 200 KB); instrumented and unoptimised builds

@@ -17,55 +17,52 @@ Node* rootOf(Parser& parser, const String& text, const String& context = String(
     return parser.getRoots()[0].get();
 }
 
-TEST_F(ParserNames, PlainNameBeforeContextQualified) {
+TEST_F(ParserNames, ResolutionOrder) {
     TestResolver resolver;
     Node* up = resolver.publish("rs1.up");
-    Node* qualified = resolver.publish("rs1.line1.rs1.up");
-    Parser parser(&resolver);
-    EXPECT_EQ(rootOf(parser, "rs1.up", "rs1.line1"), up);
-    EXPECT_EQ(resolver.calls, (std::vector<std::string>{"rs1.up"}));
-    (void)qualified;
-}
-
-TEST_F(ParserNames, ContextQualifiedWhenThePlainNameIsMissing) {
-    TestResolver resolver;
+    resolver.publish("rs1.line1.rs1.up");
     Node* qualified = resolver.publish("line1.rs2up");
+    const struct {
+        const char* text;
+        const char* context;
+        Node* root;  // nullptr: not a published node
+        std::vector<std::string> calls;
+    } cases[] = {
+        // The plain name first, then the context-qualified one.
+        {"rs1.up", "rs1.line1", up, {"rs1.up"}},
+        {"rs2up", "line1", qualified, {"rs2up", "line1.rs2up"}},
+        // Neither: an undefined reference under the plain name.
+        {"rs3up", "line1", nullptr, {"rs3up", "line1.rs3up"}},
+        // Call names are resolved as names first.
+        {"TFANY(1)", "ctx", nullptr, {"TFANY", "ctx.TFANY"}},
+    };
     Parser parser(&resolver);
-    EXPECT_EQ(rootOf(parser, "rs2up", "line1"), qualified);
-    EXPECT_EQ(resolver.calls, (std::vector<std::string>{"rs2up", "line1.rs2up"}));
-}
-
-TEST_F(ParserNames, UndefinedReferenceUnderThePlainName) {
-    TestResolver resolver;
-    Parser parser(&resolver);
-    Node* root = rootOf(parser, "rs3up", "line1");
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(root, ProxyRepository::INSTANCE().get("rs3up").get());
+    std::vector<Node*> roots;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        resolver.calls.clear();
+        roots.push_back(rootOf(parser, c.text, c.context));
+        ASSERT_NE(roots.back(), nullptr);
+        if (c.root) {
+            EXPECT_EQ(roots.back(), c.root);
+        }
+        EXPECT_EQ(resolver.calls, c.calls);
+    }
+    EXPECT_EQ(roots[2], ProxyRepository::INSTANCE().get("rs3up").get());
     EXPECT_EQ(ProxyRepository::INSTANCE().get("line1.rs3up").get(), nullptr);
-    EXPECT_EQ(root->getValue(), Value(DST_ERR_NA));
-    EXPECT_EQ(resolver.calls, (std::vector<std::string>{"rs3up", "line1.rs3up"}));
+    EXPECT_EQ(roots[2]->getValue(), Value(DST_ERR_NA));
+    EXPECT_NE(ProxyRepository::INSTANCE().get("TFANY").get(), nullptr);
 
     // Without a resolver every name is an undefined reference.
     Parser bare(nullptr);
-    EXPECT_EQ(rootOf(bare, "rs3up"), root);
-}
+    EXPECT_EQ(rootOf(bare, "rs3up"), roots[2]);
 
-TEST_F(ParserNames, CallNamesAreResolvedAsNamesFirst) {
-    TestResolver resolver;
-    Parser parser(&resolver);
-    ASSERT_NE(rootOf(parser, "TFANY(1)", "ctx"), nullptr);
-    EXPECT_EQ(resolver.calls, (std::vector<std::string>{"TFANY", "ctx.TFANY"}));
-    EXPECT_NE(ProxyRepository::INSTANCE().get("TFANY").get(), nullptr);
-}
-
-TEST_F(ParserNames, TheDefaultResolver) {
-    TestResolver resolver;
-    Node* published = resolver.publish("rs4.v");
+    // The default resolver serves a parser given none.
     NameResolver::SET_DEFAULT(&resolver);
-    Parser parser;
-    Node* root = rootOf(parser, "rs4.v");
+    Parser byDefault;
+    Node* root = rootOf(byDefault, "rs1.up");
     NameResolver::SET_DEFAULT(nullptr);
-    EXPECT_EQ(root, published);
+    EXPECT_EQ(root, up);
 }
 
 TEST_F(ParserNames, PatternsExpandToSeveralArguments) {
@@ -132,30 +129,24 @@ TEST_F(ParserNames, IdenticalSubExpressionsAreShared) {
 }
 
 TEST_F(ParserNames, LiteralsShareOnlyWhenTheyAreTheSameValue) {
+    const struct {
+        String a, b;
+        bool shared;
+    } cases[] = {
+        {"2", "2.0", false},
+        {"2.0", "2.000", true},
+        {"0.1", "0.10", true},
+        {"0.1", "0.1000001", false},  // beyond six significant digits
+        {"1e3", "1000", false},       // the float 1000, not the integer
+        {"90s", "1m30s", true},
+        {"'nul'", String("'nul\0x'", 7), false},  // bytes past an embedded NUL
+        {"'sh2'", "sh2", false},                  // a string is no name
+    };
     Parser parser(nullptr);
-    Node* two = rootOf(parser, "2");
-    Node* twoFloat = rootOf(parser, "2.0");
-    Node* twoFloatAgain = rootOf(parser, "2.000");
-    EXPECT_NE(two, twoFloat);
-    EXPECT_EQ(twoFloat, twoFloatAgain);
-    EXPECT_EQ(two->getValue(), Value(2ULL));
-    EXPECT_EQ(twoFloat->getValue(), Value(2.0));
-
-    // Beyond six significant digits floats stay apart.
-    Node* tenth = rootOf(parser, "0.1");
-    Node* nearTenth = rootOf(parser, "0.1000001");
-    EXPECT_NE(tenth, nearTenth);
-    EXPECT_EQ(nearTenth->getValue(), Value(0.1000001));
-    EXPECT_EQ(rootOf(parser, "0.10"), tenth);
-
-    // 1e3 is the float 1000, not the integer.
-    EXPECT_NE(rootOf(parser, "1e3"), rootOf(parser, "1000"));
-    // Equal durations written differently are one node.
-    EXPECT_EQ(rootOf(parser, "90s"), rootOf(parser, "1m30s"));
-    // Strings differ by their bytes, also past an embedded NUL.
-    EXPECT_NE(rootOf(parser, "'nul'"), rootOf(parser, String("'nul\0x'", 7)));
-    // A string and a name of the same text are different things.
-    EXPECT_NE(rootOf(parser, "'sh2'"), rootOf(parser, "sh2"));
+    for (const auto& c : cases) {
+        Node* a = rootOf(parser, c.a);
+        EXPECT_EQ(a == rootOf(parser, c.b), c.shared) << c.a.c_str() << " vs " << c.b.c_str();
+    }
 }
 
 TEST_F(ParserNames, FailedParseKeepsNoRoots) {
