@@ -15,7 +15,7 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-TEST(Sum, NumbersFoldAndWrap) {
+TEST(Sum, NumbersFoldAndWrapTextsJoinTimesKeepTheirKind) {
     CHECK_ROWS({
         {"SUM()", kVal},
         {"SUM(1, 2.0)", U(3)},
@@ -31,22 +31,12 @@ TEST(Sum, NumbersFoldAndWrap) {
         {"SUM(1, true)", kVal},
         {"SUM(5, 3s)", kVal},
         {"SUM(3s, 5)", kVal},
-    });
-    EXPECT_TRUE(SAME(APPLY("SUM", {kEmpty}), kEmpty));
-    EXPECT_TRUE(SAME(APPLY("SUM", {kEmpty, U(1)}), kVal));
-}
-
-TEST(Sum, TextsConcatenate) {
-    CHECK_ROWS({
+        // Texts concatenate.
         {"SUM('ab', 'cd')", S("abcd")},
         {"'a' + '' + 'b'", S("ab")},
         {"SUM('ab', 1)", kVal},
         {"SUM(1, 'ab')", kVal},
-    });
-}
-
-TEST(Sum, TimesMoveAndKeepTheirKind) {
-    CHECK_ROWS({
+        // Times move and keep their kind.
         {"SUM(5s, 3s)", Duration(8)},
         {"SUM(1s600ms, 2s500ms)", Duration(4, 100000000)},  // nanosecond carry
         {"SUM(2020-01-01, 36h)", DateOf("2020-01-02")},     // a date stays at midnight
@@ -60,9 +50,11 @@ TEST(Sum, TimesMoveAndKeepTheirKind) {
         {"SUM(2020-01-01, 10:00:00)", kNum},
         {"SUM(1s, 'a')", kVal},
     });
+    EXPECT_TRUE(SAME(APPLY("SUM", {kEmpty}), kEmpty));
+    EXPECT_TRUE(SAME(APPLY("SUM", {kEmpty, U(1)}), kVal));
 }
 
-TEST(Diff, NumbersGoNegativeOnlyAsFloats) {
+TEST(Diff, NumbersGoNegativeAsFloatsTimesStopAtZero) {
     CHECK_ROWS({
         {"DIFF(3, 5)", F(-2.0)},
         {"SUM(DIFF(3, 5), 5)", U(3)},
@@ -74,11 +66,7 @@ TEST(Diff, NumbersGoNegativeOnlyAsFloats) {
         {"DIFF(1, 's')", kVal},
         {"DIFF(true, 1)", kVal},
         {"DIFF('a', 'b')", kVal},
-    });
-}
-
-TEST(Diff, TimesNeverGoBelowZero) {
-    CHECK_ROWS({
+        // Times never go below zero.
         {"DIFF(2020-01-02, 2020-01-01)", Duration(86400)},
         {"DIFF(2020-01-01, 2020-01-02)", Duration(0)},
         {"DIFF(10:00:00, 12:00:00)", Duration(0)},
@@ -96,7 +84,7 @@ TEST(Diff, TimesNeverGoBelowZero) {
     });
 }
 
-TEST(Product, NumbersAndDurations) {
+TEST(Product, NumbersDurationsAndTexts) {
     CHECK_ROWS({
         {"PRODUCT()", kVal},
         {"PRODUCT(2, 3)", U(6)},
@@ -120,11 +108,7 @@ TEST(Product, NumbersAndDurations) {
         {"PRODUCT(true, 1)", kVal},
         {"PRODUCT(1, true)", kVal},
         {"PRODUCT(3, 'ab')", kVal},
-    });
-}
-
-TEST(Product, TextRepetition) {
-    CHECK_ROWS({
+        // Text repetition.
         {"PRODUCT('ab', 3)", S("ababab")},
         {"'ab' * 2 * 3", S("abababababab")},
         {"PRODUCT('ab', 0)", S("")},

@@ -10,7 +10,7 @@
 namespace VX::SysEvent::FunctionTest {
 namespace {
 
-TEST(DateConstruction, FromParts) {
+TEST(DateConstruction, FromPartsAndCalendarValues) {
     CHECK_ROWS({
         {"DATE(2021, 3, 7)", DateOf("2021-03-07")},
         {"DATE(2020, 2, 29)", DateOf("2020-02-29")},
@@ -30,11 +30,7 @@ TEST(DateConstruction, FromParts) {
         {"TIME(9, 5, 0.5)", kNum},
         {"TIME(9, 5, 1s)", kVal},
         {"EPOCH()", DateTime("1970-01-01T00:00:00")},
-    });
-}
-
-TEST(DateConstruction, FromCalendarValues) {
-    CHECK_ROWS({
+        // From calendar values.
         {"DATE(2021-03-07T09:05:00)", DateOf("2021-03-07")},
         {"DATE(2021-03-07)", DateOf("2021-03-07")},
         {"DATE(09:05:00)", DateOf("1970-01-01")},
@@ -89,7 +85,8 @@ TEST(DateParts, OfCalendarValuesAndDurations) {
     }
 }
 
-TEST(DateParts, MoreCalendarFields) {
+TEST(DateParts, MoreFieldsAndDurationsOfTwoToThe31Seconds) {
+    const unsigned long long s = 0xFFFFFFFF80000000ULL;
     CHECK_ROWS({
         {"SECOND(2021-12-31T23:59:58)", U(58)},
         {"WEEKDAY(2021-03-13)", U(7)},  // a Saturday
@@ -101,14 +98,8 @@ TEST(DateParts, MoreCalendarFields) {
         {"DAY(100d)", U(100)},
         {"HOUR(25h)", U(1)},
         {"MINUTE(0s)", U(0)},
-    });
-}
-
-TEST(DateParts, DurationsOfTwoToThe31SecondsReadAsNegativeCounts) {
-    // 2^31 s wraps to a negative count; widened with its sign and divided as
-    // unsigned, it gives large parts rather than an error.
-    const unsigned long long s = 0xFFFFFFFF80000000ULL;
-    CHECK_ROWS({
+        // 2^31 s wraps to a negative count; widened with its sign and divided
+        // as unsigned, it gives large parts rather than an error.
         {"DAY(PRODUCT(2147483648, 1s))", U(s / 86400)},
         {"SECOND(PRODUCT(2147483648, 1s))", U(s % 60)},
     });

@@ -38,9 +38,6 @@ inline Value B(bool b) {
 inline Value S(const char* text) {
     return Value(text);
 }
-inline Value Err(DataSubType st) {
-    return Value(st);
-}
 const Value kDiv0(DST_ERR_DIV0);
 const Value kNA(DST_ERR_NA);
 const Value kNum(DST_ERR_NUM);

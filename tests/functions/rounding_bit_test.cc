@@ -7,7 +7,7 @@
 namespace VX::SysEvent::FunctionTest {
 namespace {
 
-TEST(Rounding, ToMultiples) {
+TEST(Rounding, ToMultiplesAndDigits) {
     CHECK_ROWS({
         {"CEILING(7, 5)", U(10)},
         {"FLOOR(7, 5)", U(5)},
@@ -27,11 +27,7 @@ TEST(Rounding, ToMultiples) {
         {"CEILING(7, 'x')", kVal},
         {"CEILING('7', 5)", kVal},
         {"FLOOR(1s)", kVal},
-    });
-}
-
-TEST(Rounding, ToDigits) {
-    CHECK_ROWS({
+        // To digits.
         {"ROUND(2.5)", U(3)},
         {"ROUND(NEG(2.5))", F(-3.0)},
         {"ROUND(7)", U(7)},
@@ -48,7 +44,7 @@ TEST(Rounding, ToDigits) {
     });
 }
 
-TEST(Bits, AccumulatingOperations) {
+TEST(Bits, AccumulateShiftAndComplement) {
     CHECK_ROWS({
         {"BITAND()", kVal},
         {"BITOR()", kVal},
@@ -70,11 +66,7 @@ TEST(Bits, AccumulatingOperations) {
         {"BITAND(1, true)", kVal},
         {"BITOR(1s, 1)", kVal},
         {"BITXOR(1, 'a')", kVal},
-    });
-}
-
-TEST(Bits, ShiftsAndComplement) {
-    CHECK_ROWS({
+        // Shifts and complement.
         {"BITLSHIFT(1, 63)", U(9223372036854775808ULL)},
         {"BITLSHIFT(3, 63)", U(9223372036854775808ULL)},
         {"BITRSHIFT(256, 4)", U(16)},
