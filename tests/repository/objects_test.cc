@@ -1,207 +1,178 @@
-// Creating, finding, changing and destroying constants and variables through
-// the Repository, with the errors of each step and the cases of a name that
-// is already in use.
+// Constants, variables and expressions through the Repository: every text a
+// refused call returns (and that the refusal changes nothing), the life of
+// each kind of object, database names, client-made objects under taken or
+// free names, and the diagnostic rows.
 #include <gtest/gtest.h>
+
+#include <iterator>
 
 #include "host/driver_repository.h"
 #include "repository/repository_test_support.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/identifiers.h"
+#include "sysevent/repository/observer.h"
 #include "sysevent/repository/variable.h"
 
 namespace VX::SysEvent::testing {
 namespace {
 
-TEST(Objects, ConstantIsReadableButNotWritable) {
-    ASSERT_TRUE(Repository::CREATE_CONSTANT(N("pi"), "circle", Value(3.25)).isSuccess());
-    EXPECT_EQ(valueOf(N("pi")), Value(3.25));
+using Objects = RepositoryTest;
 
-    VXPPtr<IRead> pi = readable(N("pi"));
-    ASSERT_TRUE(pi);
-    EXPECT_EQ(pi->getName(), N("pi"));
-    EXPECT_EQ(pi->getDescription(), "circle");
-    EXPECT_EQ(pi->getType(), "constant");
-
+TEST_F(Objects, EveryRefusalHasItsTextAndChangesNothing) {
+    ASSERT_OK(repo->createConstant(N("c"), "first", U(1)));
+    var("v", U(5));
+    expr("e", "c + 1");
+    const String missing = N("missing"), noWrite = "VARIABLE DOES NOT HAVE WRITE ACCESS: ";
+    const String onTheFly = "COULD NOT CREATE VARIABLE ON THE FLY: ";
     VXPPtr<IWrite> writable;
-    XCode rc = Repository::GET(N("pi"), writable);
-    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
-    EXPECT_EQ(rc.getString(), "VARIABLE DOES NOT HAVE WRITE ACCESS: " + N("pi"));
-    EXPECT_FALSE(writable);
-
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    VXPPtr<IExpression> expression;
-    rc = repository->get(N("pi"), expression);
-    EXPECT_EQ(rc.getString(), "VARIABLE IS NOT AN EXPRESSION: " + N("pi"));
-}
-
-TEST(Objects, PublishedUnderDriverNameWithIdentifiers) {
-    ASSERT_TRUE(Repository::SET_VALUE(N("v"), U(1)).isSuccess());
-    VXPPtr<IDriver> driver;
-    ASSERT_TRUE(DRIVER::GET_IF("var/" + N("v"), driver).isSuccess());
-    EXPECT_EQ(driver->getDID(), DID_Variable());
-    EXPECT_EQ(DID_Variable().toString(), "76198393-6550-439e-987e-2c4a72011f45");
-    EXPECT_EQ(INode::IID().toString(), "be1030be-a71f-4fbb-86b7-dd788147fabc");
-    EXPECT_EQ(IRead::IID().toString(), "7cd0c00a-2a30-4629-9150-c5f660ee4b79");
-    EXPECT_EQ(IWrite::IID().toString(), "982c0ea2-661e-4120-88a0-329d606bd361");
-    EXPECT_EQ(IExpression::IID().toString(), "c9386e21-1ce2-4f5b-aaee-6963a31f920e");
-    EXPECT_EQ(CID_Constant().toString(), "bd97785e-65f8-4469-b71c-5b8daa98d7e2");
-    EXPECT_EQ(CID_Variable().toString(), "1caf5d34-3259-4230-807f-032622a2bcc2");
-    EXPECT_EQ(CID_Expression().toString(), "4d1a0542-b881-49e0-8bdd-62cf996360a4");
-    EXPECT_EQ(CID_ExpressionSet().toString(), "5ae645a5-91c7-48c4-b0b7-68d66e19960e");
-    // A variable answers every interface but IExpression, bases first.
-    EXPECT_TRUE(driver->hasIf<INode>());
-    EXPECT_TRUE(driver->hasIf<IRead>());
-    EXPECT_TRUE(driver->hasIf<IWrite>());
-    EXPECT_TRUE(driver->hasIf<IInfo>());
-    EXPECT_FALSE(driver->hasIf<IExpression>());
-}
-
-TEST(Objects, VariableIsCreatedSetReadAndDestroyed) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createVariable(N("x"), "an x", U(7)).isSuccess());
-    EXPECT_EQ(valueOf(N("x")), U(7));
-    EXPECT_EQ(readable(N("x"))->getType(), "variable");
-
-    ASSERT_TRUE(repository->setValue(N("x"), Value("seven")).isSuccess());
-    EXPECT_EQ(valueOf(N("x")), Value("seven"));
-    EXPECT_EQ(readable(N("x"))->getDescription(), "an x");
-
-    repository->destroyVariable(N("x"));
-    EXPECT_FALSE(exists(N("x")));
-    Value v;
-    const XCode rc = repository->getValue(N("x"), v);
-    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
-    EXPECT_EQ(rc.getString(), "VARIABLE DOES NOT EXIST: " + N("x"));
-    // Destroying what is gone is no error, and changes nothing.
-    repository->destroy(N("x"));
-    EXPECT_FALSE(exists(N("x")));
-}
-
-TEST(Objects, SettingAnUnknownNameCreatesAVariableOnTheFly) {
-    ASSERT_FALSE(exists(N("fresh")));
-    ASSERT_TRUE(Repository::SET_VALUE(N("fresh"), Value(true)).isSuccess());
-    VXPPtr<IRead> fresh = readable(N("fresh"));
-    ASSERT_TRUE(fresh);
-    EXPECT_EQ(fresh->getType(), "variable");
-    EXPECT_EQ(fresh->getDescription(), "");
-    EXPECT_EQ(fresh->getValue(), Value(true));
-}
-
-TEST(Objects, DatabaseNamesComeIntoBeingWhenLookedUp) {
-    const String name = "db." + N("Port:1.mtu");
-    VXPPtr<IWrite> writable;
-    ASSERT_TRUE(Repository::GET(name, writable).isSuccess());
-    ASSERT_TRUE(writable);
-    VXPPtr<IRead> field = readable(name);
-    EXPECT_EQ(field->getDescription(), "Database field");
-    EXPECT_EQ(field->getValue(), Value(DST_ERR_NA));
-    ASSERT_TRUE(writable->setValue(U(1500)).isSuccess());
-    EXPECT_EQ(valueOf(name), U(1500));
-
-    // Not a database name: a plain failure, nothing made.
-    VXPPtr<IWrite> none;
-    EXPECT_EQ(Repository::GET(N("db.x"), none).getString(),
-              "VARIABLE DOES NOT EXIST: " + N("db.x"));
-    EXPECT_FALSE(exists(N("db.x")));
-}
-
-TEST(Objects, ConstantUnderAnExistingNameIsRefusedAndChangesNothing) {
-    ASSERT_TRUE(Repository::CREATE_CONSTANT(N("c"), "first", U(1)).isSuccess());
-    XCode rc = Repository::CREATE_CONSTANT(N("c"), "second", U(2));
-    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
-    EXPECT_EQ(rc.getString(), "VARIABLE ALREADY EXISTS: " + N("c"));
+    VXPPtr<IExpression> expression, unparsed;
+    VXVector<VXPPtr<INode>> nodes{VXPPtr<INode>()};
+    VXVector<String> prefixes;
+    VXVector<Value> values{Value("stale")};
+    Observer observer;
+    Value value;
+    struct Case {
+        XCode rc;  // made in order, as the array is initialised
+        String text;
+    };
+    const Case cases[] = {
+        {repo->get(N("c"), writable), noWrite + N("c")},
+        {Repository::GET(N("e"), writable), noWrite + N("e")},
+        {repo->get(N("c"), expression), "VARIABLE IS NOT AN EXPRESSION: " + N("c")},
+        {repo->getValue(missing, value), "VARIABLE DOES NOT EXIST: " + missing},
+        {repo->get(missing, nodes), "VARIABLE DOES NOT EXIST: " + missing},
+        {repo->addObserver(observer, missing, true), "VARIABLE DOES NOT EXIST: " + missing},
+        // Not a database name, so nothing is made for it.
+        {Repository::GET(N("db.x"), writable), "VARIABLE DOES NOT EXIST: " + N("db.x")},
+        {Repository::CREATE_CONSTANT(N("c"), "second", U(2)), "VARIABLE ALREADY EXISTS: " + N("c")},
+        {Repository::CREATE_CONSTANT(N("v"), "", U(6)), "VARIABLE ALREADY EXISTS: " + N("v")},
+        {repo->createExpression(CTX(), "v", "1"), "VARIABLE ALREADY EXISTS: " + N("v")},
+        {repo->setExpression(CTX(), "c", "2"), "VARIABLE ALREADY EXISTS: " + N("c")},
+        {repo->setValue(N("c"), U(9)), onTheFly + N("c") + ": " + noWrite + N("c")},
+        {repo->setValue(N("e"), U(9)), onTheFly + N("e") + ": " + noWrite + N("e")},
+        {repo->createExpression(unparsed, CTX(), "bad", "1 +"), "4: Expecting parameter or ')'"},
+        {repo->evaluateExpression(CTX(), "a b", values), "3: Expecting end of expression"},
+        {repo->get(N("x{[}"), nodes), "INVALID REGULAR EXPRESSION"},
+        {repo->getMatchingNamePrefixes(N("x{(}"), prefixes), "INVALID REGULAR EXPRESSION"},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(cases[i].rc.getValue(), XCode::GENERIC_FAILURE);
+        EXPECT_EQ(cases[i].rc.getString(), cases[i].text);
+    }
+    EXPECT_FALSE(writable || expression || unparsed);
+    EXPECT_TRUE(nodes.empty());
+    EXPECT_TRUE(values.empty());
     EXPECT_EQ(valueOf(N("c")), U(1));
     EXPECT_EQ(readable(N("c"))->getDescription(), "first");
-
-    ASSERT_TRUE(Repository::SET_VALUE(N("v"), U(5)).isSuccess());
-    EXPECT_EQ(Repository::CREATE_CONSTANT(N("v"), "", U(6)).getString(),
-              "VARIABLE ALREADY EXISTS: " + N("v"));
     EXPECT_EQ(valueOf(N("v")), U(5));
     EXPECT_EQ(readable(N("v"))->getType(), "variable");
-}
-
-TEST(Objects, SettingAConstantOrExpressionFailsAndKeepsItsValue) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createConstant(N("c"), "", U(1)).isSuccess());
-    ASSERT_TRUE(repository->createExpression(CTX(), "e", "c + 1").isSuccess());
-
-    for (const char* name : {"c", "e"}) {
-        const XCode rc = repository->setValue(N(name), U(99));
-        EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << name;
-        EXPECT_EQ(rc.getString(), "COULD NOT CREATE VARIABLE ON THE FLY: " + N(name) +
-                                      ": VARIABLE DOES NOT HAVE WRITE ACCESS: " + N(name));
-    }
-    EXPECT_EQ(valueOf(N("c")), U(1));
     EXPECT_EQ(valueOf(N("e")), U(2));
-    EXPECT_EQ(readable(N("c"))->getType(), "constant");
-    EXPECT_EQ(readable(N("e"))->getType(), "expression");
+    for (const String& gone : {missing, N("db.x"), N("bad"), N("a")}) {
+        EXPECT_FALSE(exists(gone)) << gone.c_str();
+    }
+    VXPPtr<IDriver> driver;
+    EXPECT_TRUE(DRIVER::GET_IF("var/" + N("bad"), driver).isErr());
 }
 
-TEST(Objects, CreatingAnExistingVariableWritesItAndReplacesItsDescription) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createVariable(N("v"), "old", U(1)).isSuccess());
-    VXPPtr<IRead> before = readable(N("v"));
-    RecordingObserver observer;
-    before->addValueObserver(&observer, false);
+TEST_F(Objects, EachKindReadsAsPublishedAndAVariableChangesAndGoes) {
+    ASSERT_OK(Repository::CREATE_CONSTANT(N("pi"), "circle", Value(3.25)));
+    ASSERT_OK(repo->createVariable(N("x"), "an x", U(7)));
+    ASSERT_OK(Repository::SET_VALUE(N("fresh"), Value(true)));  // made on the fly
+    expr("e", "2 * 21");
+    // A database name comes into being when it is looked up.
+    const String field = "db." + N("Port:1.mtu");
+    VXPPtr<IWrite> writable;
+    ASSERT_OK(Repository::GET(field, writable));
+    struct Case {
+        String name;
+        const char* type;
+        String description;
+        Value value;
+    };
+    const Case cases[] = {
+        {N("pi"), "constant", "circle", Value(3.25)},
+        {N("x"), "variable", "an x", U(7)},
+        {N("fresh"), "variable", "", Value(true)},
+        {N("e"), "expression", N("e") + " := 2 * 21", U(42)},
+        {field, "variable", "Database field", kNA},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name.c_str());
+        VXPPtr<IRead> object = readable(c.name);
+        ASSERT_TRUE(object);
+        EXPECT_EQ(object->getName(), c.name);
+        EXPECT_EQ(object->getType(), c.type);
+        EXPECT_EQ(object->getDescription(), c.description);
+        EXPECT_EQ(object->getValue(), c.value);
+        EXPECT_EQ(valueOf(c.name), c.value);
+    }
+    ASSERT_OK(writable->setValue(U(1500)));
+    EXPECT_EQ(valueOf(field), U(1500));
 
-    ASSERT_TRUE(repository->createVariable(N("v"), "new", U(2)).isSuccess());
-    EXPECT_EQ(readable(N("v")).get(), before.get());  // still the same object
-    EXPECT_EQ(before->getDescription(), "new");
-    EXPECT_EQ(valueOf(N("v")), U(2));
-    EXPECT_EQ(observer.newValues(), std::vector<Value>{U(2)});
-    before->removeValueObserver(&observer);
+    // A variable is a driver answering every interface but IExpression.
+    VXPPtr<IDriver> driver;
+    ASSERT_OK(DRIVER::GET_IF("var/" + N("x"), driver));
+    EXPECT_EQ(driver->getDID(), DID_Variable());
+    EXPECT_TRUE(driver->hasIf<INode>() && driver->hasIf<IRead>() && driver->hasIf<IWrite>());
+    EXPECT_TRUE(driver->hasIf<IInfo>());
+    EXPECT_FALSE(driver->hasIf<IExpression>());
+
+    // Creating an existing variable writes it and replaces its description.
+    VXPPtr<IRead> x = readable(N("x"));
+    RecordingObserver observer(readable(N("x")));
+    ASSERT_OK(repo->setValue(N("x"), Value("seven")));
+    ASSERT_OK(repo->createVariable(N("x"), "new", U(2)));
+    EXPECT_EQ(readable(N("x")).get(), x.get());
+    EXPECT_EQ(x->getDescription(), "new");
+    EXPECT_EQ(observer.newValues(), (std::vector<Value>{Value("seven"), U(2)}));
+
+    repo->destroyVariable(N("x"));
+    EXPECT_FALSE(exists(N("x")));
+    repo->destroy(N("x"));  // what is gone: no error, no change
+    EXPECT_FALSE(exists(N("x")));
 }
 
-TEST(Objects, ClientMadeObjectUnderATakenNameNeverTouchesTheName) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createConstant(N("c"), "", U(1)).isSuccess());
-    ASSERT_TRUE(repository->createExpression(CTX(), "e", "c * 10").isSuccess());
+TEST_F(Objects, ClientMadeObjectsNeverTouchATakenNameAndBindAFreeOne) {
+    constant("c", U(1));
+    expr("e", "c * 10");
     {
         VXPtr<CConstant> intruder(new CConstant(N("c"), "", U(2)));
         EXPECT_EQ(valueOf(N("e")), U(10));
         EXPECT_EQ(intruder->getValue(), U(2));
-        const XCode rc = repository->addConstant(intruder);
-        EXPECT_EQ(rc.getString(), "DRIVER ALREADY EXISTS: var/" + N("c"));
-
+        EXPECT_EQ(repo->addConstant(intruder).getString(), "DRIVER ALREADY EXISTS: var/" + N("c"));
         VXPtr<CVariable> shadow(new CVariable(N("c"), ""));
         EXPECT_EQ(shadow->setValue(U(3)).getString(), "VARIABLE ALREADY EXISTS: " + N("c"));
-        EXPECT_EQ(repository->addVariable(shadow).getString(),
-                  "DRIVER ALREADY EXISTS: var/" + N("c"));
+        EXPECT_EQ(repo->addVariable(shadow).getString(), "DRIVER ALREADY EXISTS: var/" + N("c"));
     }  // both die here without unbinding the name
     EXPECT_EQ(valueOf(N("c")), U(1));
     EXPECT_EQ(valueOf(N("e")), U(10));
-}
 
-TEST(Objects, ClientMadeConstantIsBoundWhenPublished) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createExpression(CTX(), "e", N("k") + " + 1").isSuccess());
-    EXPECT_EQ(valueOf(N("e")), Value(DST_ERR_NA));
+    // A free name is bound at construction, before it is published.
+    expr("k1", N("k") + " + 1");
+    EXPECT_EQ(valueOf(N("k1")), kNA);
     VXPtr<CConstant> k(new CConstant(N("k"), "made by hand", U(41)));
-    EXPECT_EQ(valueOf(N("e")), U(42));  // a free name is bound at construction
-    ASSERT_TRUE(repository->addConstant(k).isSuccess());
+    EXPECT_EQ(valueOf(N("k1")), U(42));
+    ASSERT_OK(repo->addConstant(k));
     EXPECT_EQ(readable(N("k"))->getDescription(), "made by hand");
     k = nullptr;
-    repository->destroyConstant(N("k"));
-    EXPECT_EQ(valueOf(N("e")), Value(DST_ERR_NA));
-}
+    repo->destroyConstant(N("k"));
+    EXPECT_EQ(valueOf(N("k1")), kNA);
 
-TEST(Objects, ObjectKeptByAClientOutlivesItsNameWithoutUnbindingASuccessor) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createConstant(N("c"), "", U(1)).isSuccess());
+    // An object a client keeps outlives its name without unbinding the
+    // object published under the name after it.
     VXPPtr<IRead> old = readable(N("c"));
-    repository->destroyConstant(N("c"));
-    EXPECT_EQ(old->getValue(), Value(DST_ERR_NA));
-    ASSERT_TRUE(repository->createConstant(N("c"), "", U(2)).isSuccess());
+    repo->destroyConstant(N("c"));
+    EXPECT_EQ(old->getValue(), kNA);
+    constant("c", U(2));
     old = nullptr;  // the old object dies now
     EXPECT_EQ(valueOf(N("c")), U(2));
 }
 
-TEST(Objects, DiagnosticRows) {
-    VXLockPtr<Repository> repository(Repository::INSTANCE());
-    ASSERT_TRUE(repository->createConstant(N("c"), "a constant", U(3)).isSuccess());
-    ASSERT_TRUE(repository->createVariable(N("v"), "a variable", Value("x")).isSuccess());
-    ASSERT_TRUE(repository->createExpression(CTX(), "e", "c + 1").isSuccess());
-
+TEST_F(Objects, DiagnosticRows) {
+    ASSERT_OK(repo->createConstant(N("c"), "a constant", U(3)));
+    ASSERT_OK(repo->createVariable(N("v"), "a variable", Value("x")));
+    expr("e", "c + 1");
     struct Case {
         const char* name;
         std::vector<InfoContainer::Row> rows;
@@ -220,20 +191,21 @@ TEST(Objects, DiagnosticRows) {
           {3, 1, "Value", "4"}}},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
         VXPPtr<IInfo> info;
-        ASSERT_TRUE(DRIVER::GET_IF("var/" + N(c.name), info).isSuccess());
+        ASSERT_OK(DRIVER::GET_IF("var/" + N(c.name), info));
         InfoContainer rows;
         info->getInfo(rows, 5, 2, 1, 1, ">");
-        EXPECT_EQ(rows.getRows(), c.rows) << c.name;
+        EXPECT_EQ(rows.getRows(), c.rows);
 
         // Depth limit: only the first row; beyond the limits: nothing.
         InfoContainer shallow;
         info->getInfo(shallow, 2, 2, 1, 1, ">");
-        EXPECT_EQ(shallow.size(), 1u) << c.name;
+        EXPECT_EQ(shallow.size(), 1u);
         InfoContainer none;
         info->getInfo(none, 5, 2, 0, 1, ">");
         info->getInfo(none, 1, 2, 5, 1, ">");
-        EXPECT_EQ(none.size(), 0u) << c.name;
+        EXPECT_EQ(none.size(), 0u);
     }
 }
 
