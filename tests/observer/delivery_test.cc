@@ -1,7 +1,8 @@
 // How notifications reach the client: through a subclass, dropped without a
-// callable, directly, synchronously under a loop's lock, and queued to an
-// event loop (on the manual clock, and once on the loop's real thread), plus
-// a direct callback that calls the Repository while a change is delivered.
+// callable, to a replaced callback, directly, synchronously under a loop's
+// lock, and queued to an event loop (on the manual clock, dropped or kept
+// when the Observer dies, and once on the loop's real thread), plus a direct
+// callback that calls the Repository while a change is delivered.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -83,39 +84,33 @@ TEST_F(Deliveries, DirectAndSynchronousCallbacksRunInsideTheChangeUnderTheEngine
     destroy("inline.a");
 }
 
-TEST_F(Deliveries, QueuedCallsRunInOrderWhenTheLoopRuns) {
-    Recorder r;
-    Observer observer(r.on(EVENT_LOOP(), VX::Delivery::Queued));
-    observer.addTo("q.a", true);
-    set("q.a", 1);
-    set("q.a", 2);
-    EXPECT_TRUE(r.seen().empty());
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(r.seen(),
-              (std::vector<Seen>{changed("q.a", kNA), changed("q.a", "1"), changed("q.a", "2")}));
-    destroy("q.a");
-}
-
-TEST_F(Deliveries, QueuedCallsDieWithTheObserverUnlessAskedToStay) {
-    for (bool keep : {false, true}) {
-        SCOPED_TRACE(keep ? "kept" : "dropped");
+TEST_F(Deliveries, QueuedCallsRunInOrderWhenTheLoopRunsAndDieWithTheObserverUnlessKept) {
+    struct Case {
+        const char* label;
+        bool observerLives;
+        bool keep;  // setDontCancelOnDestruction
+        std::vector<Seen> seen;
+    };
+    const std::vector<Seen> all = {changed("q.a", kNA), changed("q.a", "1"), changed("q.a", "2")};
+    const Case cases[] = {
+        {"observer alive", true, false, all},
+        {"observer gone, calls dropped", false, false, {}},
+        {"observer gone, calls kept", false, true, all},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.label);
         Recorder r;
-        {
-            Observer::ValueChangeCallback callback = r.on(EVENT_LOOP(), VX::Delivery::Queued);
-            callback.setDontCancelOnDestruction(keep);
-            Observer observer(std::move(callback));
-            observer.addTo("qd.a", false);
-            set("qd.a", 1);
-            set("qd.a", 2);
-            set("qd.a", 3);
-        }
+        Observer::ValueChangeCallback callback = r.on(EVENT_LOOP(), VX::Delivery::Queued);
+        callback.setDontCancelOnDestruction(c.keep);
+        auto observer = std::make_unique<Observer>(std::move(callback));
+        observer->addTo("q.a", true);
+        set("q.a", 1);
+        set("q.a", 2);
+        if (!c.observerLives) observer.reset();
+        EXPECT_TRUE(r.seen().empty());
         VX::ManualTime::ADVANCE(0);
-        if (keep) {
-            EXPECT_EQ(r.seen(), (std::vector<Seen>{changed("qd.a", "2"), changed("qd.a", "3")}));
-        } else {
-            EXPECT_TRUE(r.seen().empty());
-        }
-        destroy("qd.a");
+        EXPECT_EQ(r.seen(), c.seen);
+        destroy("q.a");
     }
 }
 

@@ -80,26 +80,6 @@ TEST_F(Subscription, ClientSeesANameFromBeforeItExistsUntilAfterItIsGone) {
     }
 }
 
-TEST_F(Subscription, ExistingObjectsReportTheirValueAtOnceAndNonMatchingOnesStaySilent) {
-    set("now.a", 1);
-    set("now.b", 2);
-    set("nowx.a", 3);
-    Recorder r;
-    Observer observer(r.direct());
-    observer.addTo("now.%", true);
-    std::vector<Seen> seen = r.seen();
-    ASSERT_EQ(seen.size(), 2u);
-    // The order of a pattern's objects is the driver repository's.
-    EXPECT_EQ(seen[0], changed("now.a", "1"));
-    EXPECT_EQ(seen[1], changed("now.b", "2"));
-
-    r.clear();
-    set("nowx.a", 30);
-    set("now.b", 20);
-    EXPECT_EQ(r.seen(), std::vector<Seen>{changed("now.b", "20")});
-    for (const char* n : {"now.a", "now.b", "nowx.a"}) destroy(n);
-}
-
 TEST_F(Subscription, OverlappingPatternsCountOneSubscriptionPerMatchOfANewObject) {
     Recorder r;
     Observer observer(r.direct());
