@@ -10,6 +10,7 @@
 
 #include "host/crit.h"
 #include "host/lock.h"
+#include "host/monitor.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/value/event.h"
@@ -41,11 +42,10 @@ public:
     int computes = 0;
 };
 
-// 100 minus its one argument (there are no negative numbers).
+// 100 minus its first argument (there are no negative numbers).
 class TNEG : public NonTemporalFunctionNode {
 public:
     using NonTemporalFunctionNode::NonTemporalFunctionNode;
-    XCode verifyArguments() override { return XCode::testExpression(getChildCount() == 1); }
     XCode compute(Value& result) override {
         ++computes;
         result = Value(100ULL - getArgument(0).data.uint);
@@ -55,7 +55,7 @@ public:
 };
 
 // Fails with a code the test chooses, after writing a value that must be
-// discarded.
+// discarded; with the success code it is the constant 7.
 class TFAIL : public NonTemporalFunctionNode {
 public:
     using NonTemporalFunctionNode::NonTemporalFunctionNode;
@@ -91,14 +91,21 @@ public:
 };
 
 template <typename F>
-VXLWPtr<F> make(std::initializer_list<Node*> args, const char* name = nullptr) {
-    VXLWPtr<F> f(new F(name ? name : "TFN", "[arg]*"));
+VXLWPtr<F> make(std::initializer_list<Node*> args, const char* name = "TFN") {
+    VXLWPtr<F> f(new F(name, "[arg]*"));
     for (Node* a : args) EXPECT_TRUE(f->addArgument(a).isSuccess());
     return f;
 }
 
 inline VXLWPtr<Node> leaf(const char* name, unsigned long long v) {
     return VXLWPtr<Node>(new Node(name, Value(v)));
+}
+
+// `e` has the value and times of `expected`.
+inline void expectEvent(const Event& e, const Event& expected) {
+    EXPECT_EQ(e.value, expected.value);
+    EXPECT_EQ(e.start, expected.start);
+    EXPECT_EQ(e.end, expected.end);
 }
 
 // Records every change it is told of.
@@ -130,6 +137,15 @@ inline void expectQuiescent(std::initializer_list<Node*> roots) {
             for (const auto& c : f->getChildren()) todo.push_back(c.get());
         }
     }
+}
+
+// Sets `n` to `v` with `monitor` (verbosity 3) installed; the monitor is
+// cleared first.
+inline void setLogged(RTD::CaptureMonitor& monitor, Node* n, unsigned long long v) {
+    monitor.clear();
+    MON = &monitor;
+    n->setValue(Value(v));
+    MON = nullptr;
 }
 
 // Holds the engine lock for a test, as every caller of the graph does.

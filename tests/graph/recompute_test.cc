@@ -1,5 +1,5 @@
 // recompute: failure codes mapped to error values, screening of error and
-// undefined arguments, result times, and its trace line.
+// undefined arguments, result times, its trace line, and forced recomputes.
 #include <gtest/gtest.h>
 
 #include "graph/graph_test_support.h"
@@ -29,15 +29,13 @@ TEST_F(Recompute, FailureCodesBecomeErrorValues) {
     };
     auto a = leaf("a", 1);
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.code.toString().c_str());
         auto f = make<TFAIL>({a.get()});
         f->code = c.code;
         auto parent = make<TSUM>({f.get()});
-        EXPECT_EQ(f->getValue().subtype, c.expected) << c.code.toString().c_str();
+        EXPECT_EQ(f->getValue(), c.expected == DST_UINT ? Value(7ULL) : Value(c.expected));
         // An error passes unchanged through a function above it.
-        EXPECT_EQ(parent->getValue().subtype, c.expected == DST_UINT ? DST_UINT : c.expected);
-        if (c.expected == DST_UINT) {
-            EXPECT_EQ(f->getValue(), Value(7ULL));
-        }
+        EXPECT_EQ(parent->getValue().subtype, c.expected);
     }
 }
 
@@ -72,36 +70,24 @@ TEST_F(Recompute, FirstErrorOrUndefinedArgumentDecides) {
     }
 }
 
-TEST_F(Recompute, NonTemporalResultSpansItsArgumentsTimes) {
+TEST_F(Recompute, NonTemporalResultSpansItsArgumentsTimesOrIsStampedNow) {
+    ManualTime::ENABLE(Time(1700000000, 0));
     auto a = VXLWPtr<Node>(new Node("a"));
     auto b = VXLWPtr<Node>(new Node("b"));
     auto c = VXLWPtr<Node>(new Node("c"));
     a->triggerEvent(Event(Time(10, 0), Time(20, 0), Value(1ULL)));
     b->triggerEvent(Event(Time(5, 0), Time(15, 0), Value(2ULL)));
     c->triggerEvent(Event(Time(12, 0), Time(30, 5), Value(DST_ERR_NUM)));
-    auto f = make<TSUM>({a.get(), b.get()});
-    EXPECT_EQ(f->getLastEvent().start, Time(5, 0));
-    EXPECT_EQ(f->getLastEvent().end, Time(20, 0));
+    expectEvent(make<TSUM>({a.get(), b.get()})->getLastEvent(),
+                Event(Time(5, 0), Time(20, 0), Value(3ULL)));
     // Times are merged over all arguments, also past the deciding error.
-    auto g = make<TSUM>({c.get(), a.get(), b.get()});
-    EXPECT_EQ(g->getLastEvent().value, Value(DST_ERR_NUM));
-    EXPECT_EQ(g->getLastEvent().start, Time(5, 0));
-    EXPECT_EQ(g->getLastEvent().end, Time(30, 5));
+    expectEvent(make<TSUM>({c.get(), a.get(), b.get()})->getLastEvent(),
+                Event(Time(5, 0), Time(30, 5), Value(DST_ERR_NUM)));
+    expectEvent(make<TSUM>({})->getLastEvent(),
+                Event(Time(1700000000, 0), Time(1700000000, 0), Value(0ULL)));
     // A temporal function keeps what compute set: zero times here.
-    auto t = make<TTEMP>({a.get()});
-    EXPECT_EQ(t->getLastEvent().value, Value(1ULL));
-    EXPECT_TRUE(t->getLastEvent().start.isZero() && t->getLastEvent().end.isZero());
-}
-
-TEST_F(Recompute, WithoutArgumentsNonTemporalIsStampedNowTemporalIsNot) {
-    ManualTime::ENABLE(Time(1700000000, 0));
-    auto f = make<TSUM>({});
-    auto t = make<TTEMP>({});
-    EXPECT_EQ(f->getLastEvent().value, Value(0ULL));
-    EXPECT_EQ(f->getLastEvent().start, Time(1700000000, 0));
-    EXPECT_EQ(f->getLastEvent().end, Time(1700000000, 0));
-    EXPECT_EQ(t->getLastEvent().value, Value(true));
-    EXPECT_TRUE(t->getLastEvent().start.isZero());
+    expectEvent(make<TTEMP>({a.get()})->getLastEvent(), Event(Time(), Time(), Value(1ULL)));
+    expectEvent(make<TTEMP>({})->getLastEvent(), Event(Time(), Time(), Value(true)));
     ManualTime::DISABLE();
 }
 
@@ -133,17 +119,18 @@ TEST_F(Recompute, ForceRecomputePropagatesPlainRecomputeDoesNot) {
     auto top = make<TSUM>({f.get()});
     top->addInterest();
     EXPECT_EQ(top->computes, 1);
-    // Reach below the graph's back: change a without propagating.
-    Node::s_updateInProgress = true;
-    a->setValue(Value(2ULL));
-    Node::s_updateInProgress = false;
+    // Change a behind the graph's back, without propagating.
+    auto setQuietly = [&](unsigned long long v) {
+        Node::s_updateInProgress = true;
+        a->setValue(Value(v));
+        Node::s_updateInProgress = false;
+    };
+    setQuietly(2);
     EXPECT_TRUE(f->recompute(false));
     EXPECT_EQ(top->computes, 1);
     a->setValue(Value(1ULL));
     EXPECT_EQ(top->computes, 2);  // f's value changed 98 -> 99: top recomputes
-    Node::s_updateInProgress = true;
-    a->setValue(Value(3ULL));
-    Node::s_updateInProgress = false;
+    setQuietly(3);
     EXPECT_TRUE(f->forceRecompute());
     expectQuiescent({a.get()});
     EXPECT_EQ(top->computes, 3);

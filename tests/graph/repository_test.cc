@@ -1,18 +1,24 @@
 // Names and sharing: proxy nodes re-targeted without re-parsing, cycles
-// through names, placeholders, and the expression repository's sharing of
-// sub-expressions and literals. The repositories are process-wide, so each
-// test uses names of its own.
+// through names, placeholders, the expression repository's sharing of
+// sub-expressions and literals, and the function factory's registrations.
+// The repositories are process-wide, so each test uses names of its own.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "graph/graph_test_support.h"
 #include "sysevent/graph/expression_repository.h"
+#include "sysevent/graph/function_factory.h"
 #include "sysevent/graph/proxy_node.h"
 #include "sysevent/graph/proxy_repository.h"
 
 namespace VX::SysEvent::testing {
 namespace {
+
+// Registered while the test program loads, like the catalogue's factories.
+FunctionFactory::Factory<TSUM> s_functionFactoryTSUM("TSUM", "[summand]*", "Sums for the tests");
+FunctionFactory::Factory<TNEG> s_functionFactoryTNEG("TNEG", "number", "100 minus the number");
 
 using Names = GraphTest;
 
@@ -23,24 +29,28 @@ ExpressionRepository& expressions() {
     return ExpressionRepository::INSTANCE();
 }
 
+// Whether `name` is in the repository's listing, which replaces what the
+// output vector held.
+template <typename Repository>
+bool listed(const Repository& r, const char* name) {
+    VXVector<String> names{"stale entry"};
+    r.getNames(names);
+    EXPECT_EQ(std::count(names.begin(), names.end(), String("stale entry")), 0);
+    return std::count(names.begin(), names.end(), String(name)) == 1;
+}
+
 TEST_F(Names, ProxyIsOnePerNameAndStartsOnAPlaceholder) {
     auto p = proxies().getOrCreate("t1.x");
     EXPECT_EQ(proxies().getOrCreate("t1.x"), p);
     EXPECT_EQ(proxies().get("t1.x"), p);
     EXPECT_TRUE(proxies().get("t1.never").isNull());
     EXPECT_EQ(p->getNormalizedExpression(), "t1.x");
-    EXPECT_EQ(p->getFunctionName(), "t1.x");
-    EXPECT_EQ(p->getParameterText(), "");
-    EXPECT_TRUE(p->verifyArguments().isSuccess());
     EXPECT_EQ(p->getTarget()->getName(), "t1.x");
     EXPECT_EQ(p->getTarget()->peekLastEvent().value, Value(DST_ERR_NA));
     // The placeholder's error is taken without compute: zero times.
     EXPECT_EQ(p->getValue(), Value(DST_ERR_NA));
     EXPECT_TRUE(p->getLastEvent().start.isZero());
-    VXVector<String> names{"stale"};
-    proxies().getNames(names);
-    EXPECT_NE(std::find(names.begin(), names.end(), String("t1.x")), names.end());
-    EXPECT_EQ(std::find(names.begin(), names.end(), String("stale")), names.end());
+    EXPECT_TRUE(listed(proxies(), "t1.x"));
 }
 
 TEST_F(Names, RetargetingReevaluatesUsersWithoutReparsing) {
@@ -136,28 +146,62 @@ TEST_F(Names, SharedSubExpressionIsOneNodeWithSeveralParents) {
     EXPECT_EQ(e2->peekLastEvent().value, Value(23ULL));
 }
 
-TEST_F(Names, LiteralsAndKeys) {
+TEST_F(Names, LiteralsAndUndefinedReferencesAreKeyedExactly) {
     EXPECT_TRUE(expressions().get("t6 literal").isNull());
     auto five = VXLWPtr<Node>(new Node("t6 literal", Value(5ULL)));
     expressions().add("t6 literal", five.get());
     EXPECT_EQ(expressions().get("t6 literal"), five);
     EXPECT_TRUE(expressions().get("T6 LITERAL").isNull());
-    VXVector<String> keys{"stale"};
-    expressions().getNames(keys);
-    EXPECT_NE(std::find(keys.begin(), keys.end(), String("t6 literal")), keys.end());
-    EXPECT_EQ(std::find(keys.begin(), keys.end(), String("stale")), keys.end());
-}
+    EXPECT_TRUE(listed(expressions(), "t6 literal"));
 
-TEST_F(Names, UndefinedReferenceRetargetsTheNamesProxy) {
+    // An undefined reference re-targets the name's proxy once: found under
+    // its key from then on.
     auto p = proxies().getOrCreate("t7.v", VXLWPtr<Node>(new Node("t7.v", Value(1ULL))));
     VXLWPtr<Node> ref = expressions().getOrCreateUndefinedReference("t7.v");
     EXPECT_EQ(ref.get(), p.get());
     EXPECT_EQ(p->getValue(), Value(DST_ERR_NA));
     EXPECT_EQ(expressions().get("t7.v"), ref);
-    // Found under its key from now on: no second re-targeting.
     p->setNode(VXLWPtr<Node>(new Node("t7.v", Value(2ULL))).get());
     EXPECT_EQ(expressions().getOrCreateUndefinedReference("t7.v"), ref);
     EXPECT_EQ(p->getValue(), Value(2ULL));
+}
+
+TEST_F(Names, FactoryCreatesAFreshDirtyNodePerCallAndLooksUpExactly) {
+    VXLWPtr<FunctionNode> a = FunctionFactory::CREATE("TSUM");
+    VXLWPtr<FunctionNode> b = FunctionFactory::CREATE("TSUM");
+    ASSERT_TRUE(a && b);
+    EXPECT_NE(a.get(), b.get());
+    EXPECT_NE(dynamic_cast<TSUM*>(a.get()), nullptr);
+    EXPECT_EQ(a->getFunctionName(), "TSUM");
+    EXPECT_EQ(a->getParameterText(), "[summand]*");
+    EXPECT_TRUE(a->isDirty());
+    EXPECT_EQ(a->getChildCount(), 0u);
+    EXPECT_EQ(a->getRefCount(), 1u);
+
+    FunctionFactory& f = FunctionFactory::INSTANCE();
+    EXPECT_EQ(f.get("TNEG"), &s_functionFactoryTNEG);
+    EXPECT_EQ(f.get("TNEG")->getDescription(), "100 minus the number");
+    EXPECT_EQ(f.get("TNEG")->getParameterText(), "number");
+    for (const char* missing : {"tneg", "TNEG ", "TNE", ""}) {
+        EXPECT_EQ(f.get(missing), nullptr) << missing;
+        EXPECT_TRUE(FunctionFactory::CREATE(missing).isNull()) << missing;
+    }
+    EXPECT_TRUE(listed(f, "TSUM"));
+    EXPECT_TRUE(listed(f, "TNEG"));
+}
+
+TEST_F(Names, SecondFactoryOfANameWaitsUntilTheFirstIsGone) {
+    auto first = std::make_unique<FunctionFactory::Factory<TSUM>>("TTWICE", "first", "");
+    auto second = std::make_unique<FunctionFactory::Factory<TNEG>>("TTWICE", "second", "");
+    EXPECT_EQ(FunctionFactory::CREATE("TTWICE")->getParameterText(), "first");
+    EXPECT_TRUE(listed(FunctionFactory::INSTANCE(), "TTWICE"));  // listed once
+    first.reset();
+    EXPECT_EQ(FunctionFactory::CREATE("TTWICE")->getParameterText(), "second");
+    second.reset();
+    EXPECT_TRUE(FunctionFactory::CREATE("TTWICE").isNull());
+    EXPECT_FALSE(listed(FunctionFactory::INSTANCE(), "TTWICE"));
+    // Unregistering a name that is not there is ignored.
+    FunctionFactory::INSTANCE().unregisterFactory("TTWICE");
 }
 
 }  // namespace
