@@ -2,6 +2,8 @@
 // refusals), the two text forms and the broken-down calendar.
 #include <gtest/gtest.h>
 
+#include <array>
+
 #include "host/clock.h"
 
 namespace {
@@ -100,19 +102,14 @@ TEST(ClockTest, BrokenDownCalendar) {
     };
     for (const Case& c : cases) {
         const struct tm tm = Clock(c.t).getClockStruct();
-        EXPECT_EQ(tm.tm_year, c.year);
-        EXPECT_EQ(tm.tm_mon, c.mon);
-        EXPECT_EQ(tm.tm_mday, c.mday);
-        EXPECT_EQ(tm.tm_hour, c.hour);
-        EXPECT_EQ(tm.tm_min, c.min);
-        EXPECT_EQ(tm.tm_sec, c.sec);
-        EXPECT_EQ(tm.tm_wday, c.wday);
-        EXPECT_EQ(tm.tm_yday, c.yday);
+        EXPECT_EQ(
+            (std::array<int, 8>{tm.tm_year, tm.tm_mon, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec,
+                                tm.tm_wday, tm.tm_yday}),
+            (std::array<int, 8>{c.year, c.mon, c.mday, c.hour, c.min, c.sec, c.wday, c.yday}));
     }
-    Clock c(Time(MARCH_7_2021_0905, 0));
-    EXPECT_EQ(c.getYear(), 2021);
-    EXPECT_EQ(c.getMonth(), 3);
-    EXPECT_EQ(c.getDay(), 7);
+    const Clock c(Time(MARCH_7_2021_0905, 0));
+    EXPECT_EQ((std::array<int, 3>{c.getYear(), c.getMonth(), c.getDay()}),
+              (std::array<int, 3>{2021, 3, 7}));
 }
 
 }  // namespace

@@ -152,15 +152,13 @@ TEST(ComponentTest, ProtectedReleaseDestroysUnderTheLock) {
     EXPECT_FALSE(held);
 }
 
-TEST(ComponentTest, InfoRowsAreAppendedInOrder) {
+TEST(ComponentTest, InfoRowsPrintIndentedByLevel) {
     InfoContainer info;
     info.add(0, 0, "Constant", "example.pi");
     info.add(1, 0, "Value", "3.14");
-    ASSERT_EQ(info.size(), 2u);
-    EXPECT_EQ(info.getRows()[1], (InfoContainer::Row{1, 0, "Value", "3.14"}));
     EXPECT_EQ(info.toString(), "Constant: example.pi\n  Value: 3.14\n");
     info.clear();
-    EXPECT_EQ(info.size(), 0u);
+    EXPECT_EQ(info.toString(), "");
 }
 
 }  // namespace

@@ -14,9 +14,15 @@ namespace {
 
 using namespace test_components;
 
-VXVector<String> names(const VXVector<VXPPtr<IDriver>>& drivers) {
+// The driver names of `found`, in order.
+template <class I>
+VXVector<String> names(const VXVector<VXPPtr<I>>& found) {
     VXVector<String> out;
-    for (const VXPPtr<IDriver>& d : drivers) out.push_back(d->getDriverName());
+    for (const VXPPtr<I>& i : found) {
+        VXPPtr<IDriver> d;
+        EXPECT_TRUE(i->queryIf(d).isSuccess());
+        out.push_back(d->getDriverName());
+    }
     return out;
 }
 
@@ -171,22 +177,14 @@ TEST_F(DriverRepositoryTest, ListsByTypePrefixAndInterfaceInRegistrationOrder) {
         EXPECT_EQ(names(found), c.expected) << c.prefix << " " << c.iid.toString().c_str();
     }
 
-    // Re-registering puts a driver last.
+    // Re-registering puts a driver last; the typed listing gives interfaces.
     VXPPtr<IDriver> first;
-    {
-        VXVector<VXPPtr<IDriver>> all;
-        DRIVER::GET_INTERFACES(DID_A, "test/x/1", VX::UUID(), all);
-        ASSERT_EQ(all.size(), 1u);
-        first = all[0];
-    }
+    ASSERT_TRUE(DRIVER::GET_IF("test/x/1", first).isSuccess());
     DRIVER::REMOVE(first);
     DRIVER::ADD(first);
     VXVector<VXPPtr<IBar>> bars;
     ASSERT_TRUE(DRIVER::GET_INTERFACES(DID_A, "test/", bars).isSuccess());
-    ASSERT_EQ(bars.size(), 3u);
-    VXPPtr<IDriver> last;
-    ASSERT_TRUE(bars[2]->queryIf(last).isSuccess());
-    EXPECT_EQ(last->getDriverName(), "test/x/1");
+    EXPECT_EQ(names(bars), (VXVector<String>{"test/y/4", "test/x/5", "test/x/1"}));
     EXPECT_EQ(bars[0]->bar(), 2);
 }
 

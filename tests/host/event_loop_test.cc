@@ -1,6 +1,7 @@
 // The event loop under the manual clock: due order, ties, repeats, stopping,
-// cancelling by destruction, timers started by handlers, posted calls, mode
-// switches; plus one short run of the real-time thread.
+// restarting, cancelling by destruction, timers started or destroyed by
+// handlers, posted calls, several loops, mode switches; plus one short run of
+// the real-time thread.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -22,13 +23,13 @@ int64_t msSinceT0() {
     return static_cast<int64_t>(d.getSeconds()) * 1000 + d.getNanoseconds() / 1000000;
 }
 
-// What a handler saw when it ran.
+// Which timer ran, and when.
 struct Firing {
     int id;
     int64_t atMs;
-    bool lockHeld;
     friend bool operator==(const Firing&, const Firing&) = default;
 };
+using Firings = std::vector<Firing>;
 
 class ManualLoopTest : public ::testing::Test {
 protected:
@@ -42,133 +43,112 @@ protected:
         VXLWPtr<_VXTimeoutEvent> event;
     };
     Probe& probe(int id) {
-        probes_.push_back(std::make_unique<Probe>());
+        probes_.push_back(std::unique_ptr<Probe>(new Probe{this, id, nullptr}));
         Probe& p = *probes_.back();
-        p.test = this;
-        p.id = id;
         p.event = new _VXTimeoutEvent(VX::SysEvent::EVENT_LOOP(), EventPrio::NORMAL, &HANDLE, &p);
+        return p;
+    }
+    Probe& start(int id, unsigned ms, bool repeat = false) {
+        Probe& p = probe(id);
+        EXPECT_TRUE(p.event->start(ms, repeat).isSuccess());
         return p;
     }
     static void HANDLE(void* arg) {
         Probe* p = static_cast<Probe*>(arg);
-        p->test->fired_.push_back({p->id, msSinceT0(), VX::SysEvent::LOCK().isHeldByMe()});
+        EXPECT_TRUE(VX::SysEvent::LOCK().isHeldByMe());
+        p->test->fired_.push_back({p->id, msSinceT0()});
         if (p->test->onFire_) p->test->onFire_(p->id);
+    }
+    // When timer `id` ran, in order.
+    std::vector<int64_t> times(int id) const {
+        std::vector<int64_t> out;
+        for (const Firing& f : fired_)
+            if (f.id == id) out.push_back(f.atMs);
+        return out;
     }
 
     std::vector<std::unique_ptr<Probe>> probes_;
-    std::vector<Firing> fired_;
+    Firings fired_;
     std::function<void(int)> onFire_;
 };
 
 TEST_F(ManualLoopTest, RunsDueTimersInDueOrderWithTiesInStartOrder) {
-    probe(1).event->start(300);
-    probe(2).event->start(100);
-    probe(3).event->start(100);
-    probe(4).event->start(200);
+    start(1, 300);
+    start(2, 100);
+    start(3, 100);
+    start(4, 200);
     VX::ManualTime::ADVANCE(250);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{2, 100, true}, {3, 100, true}, {4, 200, true}}));
+    EXPECT_EQ(fired_, (Firings{{2, 100}, {3, 100}, {4, 200}}));
     EXPECT_EQ(msSinceT0(), 250);
     VX::ManualTime::ADVANCE(49);
     EXPECT_EQ(fired_.size(), 3u);
     VX::ManualTime::ADVANCE(1);
-    EXPECT_EQ(fired_.back(), (Firing{1, 300, true}));
+    EXPECT_EQ(fired_.back(), (Firing{1, 300}));
     EXPECT_EQ(msSinceT0(), 300);
 }
 
-TEST_F(ManualLoopTest, RepeatingTimerFiresOncePerPeriodUntilStopped) {
-    Probe& p = probe(1);
-    p.event->start(100, true);
-    VX::ManualTime::ADVANCE(350);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 100, true}, {1, 200, true}, {1, 300, true}}));
-    EXPECT_TRUE(p.event->isRunning());
-    p.event->stop();
-    EXPECT_FALSE(p.event->isRunning());
-    VX::ManualTime::ADVANCE(1000);
-    EXPECT_EQ(fired_.size(), 3u);
-}
-
-TEST_F(ManualLoopTest, OneShotStopsRunningAfterExpiryAndStopCancels) {
-    Probe& a = probe(1);
-    Probe& b = probe(2);
-    EXPECT_FALSE(a.event->isRunning());
-    ASSERT_TRUE(a.event->start(10).isSuccess());
-    b.event->start(10);
-    EXPECT_TRUE(a.event->isRunning());
-    b.event->stop();
-    b.event->stop();  // stopping a stopped timer does nothing
+TEST_F(ManualLoopTest, StopDestroyAndRestartCancelOrRearm) {
+    Probe& oneShot = start(1, 10);
+    Probe& stopped = start(2, 10);
+    Probe& destroyed = start(3, 10);
+    Probe& restarted = start(4, 100);
+    EXPECT_FALSE(probe(5).event->isRunning());
+    EXPECT_TRUE(oneShot.event->isRunning());
+    stopped.event->stop();
+    stopped.event->stop();  // stopping a stopped timer does nothing
+    destroyed.event = nullptr;
     VX::ManualTime::ADVANCE(10);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 10, true}}));
-    EXPECT_FALSE(a.event->isRunning());
-}
+    EXPECT_EQ(fired_, (Firings{{1, 10}}));
+    EXPECT_FALSE(oneShot.event->isRunning());
 
-TEST_F(ManualLoopTest, RestartRearmsFromNow) {
-    Probe& p = probe(1);
-    p.event->start(100);
     VX::ManualTime::ADVANCE(60);
-    p.event->start(100);
+    restarted.event->start(100);  // due at 170 now, not 100
     VX::ManualTime::ADVANCE(60);
-    EXPECT_TRUE(fired_.empty());
+    EXPECT_EQ(fired_.size(), 1u);
     VX::ManualTime::ADVANCE(40);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 160, true}}));
+    EXPECT_EQ(fired_.back(), (Firing{4, 170}));
 }
 
-TEST_F(ManualLoopTest, DestroyingATimerCancelsItsExpiry) {
-    Probe& p = probe(1);
-    p.event->start(10);
-    p.event = nullptr;
-    VX::ManualTime::ADVANCE(100);
-    EXPECT_TRUE(fired_.empty());
+TEST_F(ManualLoopTest, RepeatingTimersUntilStoppedDestroyedOrRestartedByTheirHandler) {
+    Probe& plain = start(1, 100, true);
+    Probe& selfDestroying = start(2, 10, true);
+    Probe& selfRestarting = start(3, 100, true);
+    onFire_ = [&](int id) {
+        if (id == 2) selfDestroying.event = nullptr;
+        if (id == 3) selfRestarting.event->start(250, true);
+    };
+    VX::ManualTime::ADVANCE(350);
+    EXPECT_EQ(times(1), (std::vector<int64_t>{100, 200, 300}));
+    EXPECT_EQ(times(2), (std::vector<int64_t>{10}));
+    EXPECT_TRUE(plain.event->isRunning());
+    plain.event->stop();
+    EXPECT_FALSE(plain.event->isRunning());
+    VX::ManualTime::ADVANCE(1000);
+    EXPECT_EQ(times(1).size(), 3u);
+    EXPECT_EQ(times(3), (std::vector<int64_t>{100, 350, 600, 850, 1100, 1350}));
 }
 
 TEST_F(ManualLoopTest, TimersStartedByHandlersRunWithinTheSameAdvance) {
     Probe& first = probe(1);
     Probe& second = probe(2);
     Probe& late = probe(3);
+    Probe& now = probe(4);
     onFire_ = [&](int id) {
-        if (id == 1) {
-            second.event->start(50);
-            late.event->start(500);
-        }
+        if (id != 1) return;
+        second.event->start(50);
+        late.event->start(500);
+        now.event->start(0);
     };
     first.event->start(100);
     VX::ManualTime::ADVANCE(200);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 100, true}, {2, 150, true}}));
+    EXPECT_EQ(fired_, (Firings{{1, 100}, {4, 100}, {2, 150}}));
     VX::ManualTime::ADVANCE(400);
-    EXPECT_EQ(fired_.back(), (Firing{3, 600, true}));
-}
-
-TEST_F(ManualLoopTest, ZeroDelayTimerStartedByHandlerRunsAtTheSameTime) {
-    Probe& a = probe(1);
-    Probe& b = probe(2);
-    onFire_ = [&](int id) {
-        if (id == 1) b.event->start(0);
-    };
-    a.event->start(30);
-    VX::ManualTime::ADVANCE(30);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 30, true}, {2, 30, true}}));
-}
-
-TEST_F(ManualLoopTest, HandlerMayDestroyItsOwnTimer) {
-    Probe& p = probe(1);
-    onFire_ = [&](int) { p.event = nullptr; };
-    p.event->start(10, true);
-    VX::ManualTime::ADVANCE(100);
-    EXPECT_EQ(fired_.size(), 1u);
-}
-
-TEST_F(ManualLoopTest, HandlerRestartingItsRepeatingTimerTakesTheNewPeriod) {
-    Probe& p = probe(1);
-    onFire_ = [&](int) { p.event->start(250, true); };
-    p.event->start(100, true);
-    VX::ManualTime::ADVANCE(600);
-    EXPECT_EQ(fired_, (std::vector<Firing>{{1, 100, true}, {1, 350, true}, {1, 600, true}}));
+    EXPECT_EQ(fired_.back(), (Firing{3, 600}));
 }
 
 TEST_F(ManualLoopTest, PostedCallsRunDuringAdvanceBeforeLaterTimers) {
     VXEventLoop& loop = VX::SysEvent::EVENT_LOOP();
     std::vector<int> order;
-    Probe& p = probe(10);
-    Probe& q = probe(11);
     onFire_ = [&](int id) {
         order.push_back(id);
         if (id == 10) loop.post([&] { order.push_back(3); });
@@ -179,8 +159,8 @@ TEST_F(ManualLoopTest, PostedCallsRunDuringAdvanceBeforeLaterTimers) {
         order.push_back(1);
     });
     loop.post([&] { order.push_back(2); });
-    p.event->start(5);
-    q.event->start(6);
+    start(10, 5);
+    start(11, 6);
     EXPECT_TRUE(order.empty());  // nothing runs outside ADVANCE
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
@@ -191,18 +171,15 @@ TEST_F(ManualLoopTest, PostedCallsRunDuringAdvanceBeforeLaterTimers) {
 TEST_F(ManualLoopTest, TimersOfSeveralLoopsRunUnderTheirOwnLocks) {
     VXLock otherLock;
     VXEventLoop other(otherLock);
-    std::vector<std::pair<int, bool>> seen;
     struct Arg {
         int id;
         VXLock* lock;
-        std::vector<std::pair<int, bool>>* seen;
+        std::vector<std::pair<int, bool>> seen;
+    } a{1, &VX::SysEvent::LOCK(), {}}, b{2, &otherLock, {}};
+    auto handle = [](void* p) {
+        Arg* arg = static_cast<Arg*>(p);
+        arg->seen.push_back({static_cast<int>(msSinceT0()), arg->lock->isHeldByMe()});
     };
-    auto handle = [](void* a) {
-        Arg* arg = static_cast<Arg*>(a);
-        arg->seen->push_back({arg->id, arg->lock->isHeldByMe()});
-    };
-    Arg a{1, &VX::SysEvent::LOCK(), &seen};
-    Arg b{2, &otherLock, &seen};
     {
         VXLWPtr<_VXTimeoutEvent> ea =
             new _VXTimeoutEvent(VX::SysEvent::EVENT_LOOP(), EventPrio::NORMAL, handle, &a);
@@ -211,57 +188,63 @@ TEST_F(ManualLoopTest, TimersOfSeveralLoopsRunUnderTheirOwnLocks) {
         ea->start(30);
         VX::ManualTime::ADVANCE(40);
     }
-    EXPECT_EQ(seen, (std::vector<std::pair<int, bool>>{{2, true}, {1, true}}));
+    EXPECT_EQ(a.seen, (std::vector<std::pair<int, bool>>{{30, true}}));
+    EXPECT_EQ(b.seen, (std::vector<std::pair<int, bool>>{{20, true}}));
 }
 
-TEST_F(ManualLoopTest, ReEnableCarriesPendingTimersOverWithTheirRemainingDelay) {
-    Probe& p = probe(1);
-    p.event->start(5000);
+TEST_F(ManualLoopTest, ModeSwitchesCarryPendingTimersOverWithTheirRemainingDelay) {
+    start(1, 5000);
+    // 60 s is far longer than the real time this test takes, so the timer is
+    // still pending when the manual clock comes back.
+    Probe& longer = start(2, 60000);
     VX::ManualTime::ADVANCE(1000);
-    const VX::Time later(T0.getSeconds() + 100, 0);
-    VX::ManualTime::ENABLE(later);
+    VX::ManualTime::ENABLE(VX::Time(T0.getSeconds() + 100, 0));  // re-enabled later
     VX::ManualTime::ADVANCE(3999);
     EXPECT_TRUE(fired_.empty());
     VX::ManualTime::ADVANCE(1);
-    ASSERT_EQ(fired_.size(), 1u);
-    EXPECT_EQ(fired_[0].atMs, 100 * 1000 + 4000);
-}
+    EXPECT_EQ(fired_, (Firings{{1, 100 * 1000 + 4000}}));
 
-TEST_F(ManualLoopTest, TimersSurviveARoundTripThroughTheRealClock) {
-    // 60 s is far longer than the real time this test takes, so the timer is
-    // still pending when the manual clock comes back.
-    Probe& p = probe(1);
-    p.event->start(60000);
-    VX::ManualTime::DISABLE();
-    EXPECT_TRUE(p.event->isRunning());
+    VX::ManualTime::DISABLE();  // 55 s left
+    EXPECT_TRUE(longer.event->isRunning());
     VX::ManualTime::ENABLE(T0);
     VX::ManualTime::ADVANCE(50000);
-    EXPECT_TRUE(fired_.empty());
-    VX::ManualTime::ADVANCE(10000);
     EXPECT_EQ(fired_.size(), 1u);
+    VX::ManualTime::ADVANCE(5000);
+    EXPECT_EQ(fired_.size(), 2u);
 }
+
+// State shared with other threads: `change` updates it under the mutex and
+// wakes the waiters; `await` waits (20 s at most) until `ready` holds.
+struct Gate {
+    std::mutex m;
+    std::condition_variable cv;
+    template <class F>
+    void change(F f) {
+        std::lock_guard<std::mutex> g(m);
+        f();
+        cv.notify_all();
+    }
+    template <class P>
+    bool await(P ready) {
+        std::unique_lock<std::mutex> g(m);
+        return cv.wait_for(g, std::chrono::seconds(20), ready);
+    }
+};
 
 TEST_F(ManualLoopTest, DestroyingFromAnotherThreadWaitsForARunningHandler) {
     // The handler runs on a thread inside ADVANCE; another thread, not holding
     // the engine lock, drops the last reference meanwhile. The timer must stay
     // valid until the handler has returned.
-    struct Shared {
-        std::mutex m;
-        std::condition_variable cv;
-        bool entered = false;
-        bool release = false;
-        bool destroyed = false;
+    struct Shared : Gate {
+        bool entered = false, release = false, destroyed = false;
         bool destroyedSeenByHandler = true;
         _VXTimeoutEvent* self = nullptr;
     } s;
     auto handle = [](void* arg) {
         Shared* s = static_cast<Shared*>(arg);
-        std::unique_lock<std::mutex> g(s->m);
-        s->entered = true;
-        s->cv.notify_all();
-        s->cv.wait(g, [&] { return s->release; });
-        s->destroyedSeenByHandler = s->destroyed;
-        g.unlock();
+        s->change([&] { s->entered = true; });
+        EXPECT_TRUE(s->await([&] { return s->release; }));
+        s->change([&] { s->destroyedSeenByHandler = s->destroyed; });
         EXPECT_FALSE(s->self->isRunning());  // still a valid object
     };
     VXLWPtr<_VXTimeoutEvent> event =
@@ -269,20 +252,12 @@ TEST_F(ManualLoopTest, DestroyingFromAnotherThreadWaitsForARunningHandler) {
     s.self = event.get();
     event->start(10);
     std::thread advancer([] { VX::ManualTime::ADVANCE(10); });
-    {
-        std::unique_lock<std::mutex> g(s.m);
-        s.cv.wait(g, [&] { return s.entered; });
-    }
+    EXPECT_TRUE(s.await([&] { return s.entered; }));
     std::thread destroyer([&] {
         event = nullptr;
-        std::lock_guard<std::mutex> g(s.m);
-        s.destroyed = true;
+        s.change([&] { s.destroyed = true; });
     });
-    {
-        std::lock_guard<std::mutex> g(s.m);
-        s.release = true;
-        s.cv.notify_all();
-    }
+    s.change([&] { s.release = true; });
     advancer.join();
     destroyer.join();
     EXPECT_FALSE(s.destroyedSeenByHandler);
@@ -290,46 +265,30 @@ TEST_F(ManualLoopTest, DestroyingFromAnotherThreadWaitsForARunningHandler) {
 
 TEST(RealTimeLoopTest, ThreadRunsTimersAndPostsUnderTheEngineLock) {
     ASSERT_FALSE(VX::ManualTime::IS_ENABLED());
-    std::mutex m;
-    std::condition_variable cv;
-    int timerRuns = 0;
-    bool posted = false;
-    bool allHeld = true;
-    std::thread::id handlerThread;
-    struct Arg {
-        std::mutex* m;
-        std::condition_variable* cv;
-        int* runs;
-        bool* allHeld;
-        std::thread::id* thread;
-    } arg{&m, &cv, &timerRuns, &allHeld, &handlerThread};
-    auto handle = [](void* p) {
-        Arg* a = static_cast<Arg*>(p);
-        std::lock_guard<std::mutex> g(*a->m);
-        *a->allHeld = *a->allHeld && VX::SysEvent::LOCK().isHeldByMe();
-        *a->thread = std::this_thread::get_id();
-        ++*a->runs;
-        a->cv->notify_all();
+    struct Shared : Gate {
+        int timerRuns = 0;
+        bool posted = false, allHeld = true;
+        std::thread::id handlerThread;
+    } s;
+    auto ran = [&s](bool isPost) {
+        s.change([&] {
+            s.allHeld = s.allHeld && VX::SysEvent::LOCK().isHeldByMe();
+            s.handlerThread = std::this_thread::get_id();
+            s.posted = s.posted || isPost;
+            s.timerRuns += isPost ? 0 : 1;
+        });
     };
-    VXLWPtr<_VXTimeoutEvent> event =
-        new _VXTimeoutEvent(VX::SysEvent::EVENT_LOOP(), EventPrio::NORMAL, handle, &arg);
+    VXLWPtr<_VXTimeoutEvent> event = new _VXTimeoutEvent(
+        VX::SysEvent::EVENT_LOOP(), EventPrio::NORMAL,
+        [](void* p) { (*static_cast<decltype(ran)*>(p))(false); }, &ran);
     ASSERT_TRUE(event->start(10, true).isSuccess());
-    VX::SysEvent::EVENT_LOOP().post([&] {
-        std::lock_guard<std::mutex> g(m);
-        allHeld = allHeld && VX::SysEvent::LOCK().isHeldByMe();
-        posted = true;
-        cv.notify_all();
-    });
-    {
-        std::unique_lock<std::mutex> g(m);
-        ASSERT_TRUE(
-            cv.wait_for(g, std::chrono::seconds(20), [&] { return timerRuns >= 3 && posted; }));
-    }
+    VX::SysEvent::EVENT_LOOP().post([&] { ran(true); });
+    ASSERT_TRUE(s.await([&] { return s.timerRuns >= 3 && s.posted; }));
     event->stop();
     event = nullptr;
-    std::lock_guard<std::mutex> g(m);
-    EXPECT_TRUE(allHeld);
-    EXPECT_NE(handlerThread, std::this_thread::get_id());
+    std::lock_guard<std::mutex> g(s.m);
+    EXPECT_TRUE(s.allHeld);
+    EXPECT_NE(s.handlerThread, std::this_thread::get_id());
 }
 
 }  // namespace

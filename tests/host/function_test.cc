@@ -13,35 +13,40 @@
 
 namespace {
 
-using Call = std::pair<String, int>;
+// A call as the callable saw it: its arguments and whether the loop's lock
+// was held.
+struct Call {
+    String name;
+    int value;
+    bool locked;
+    friend bool operator==(const Call&, const Call&) = default;
+};
+using Calls = std::vector<Call>;
+using F = VX::Function<void(String, int)>;
 
 class FunctionTest : public ::testing::Test {
 protected:
     void SetUp() override { VX::ManualTime::ENABLE(VX::Time(1000, 0)); }
     void TearDown() override { VX::ManualTime::DISABLE(); }
 
+    F make(VX::Delivery delivery) {
+        return F(
+            loop_,
+            [this](String n, int v) {
+                calls_.push_back({n, v, lock_.isHeldByMe()});
+            },
+            delivery);
+    }
+
     VXLock lock_;
     VXEventLoop loop_{lock_};
-    std::vector<Call> calls_;
-    std::vector<bool> lockHeld_;
-
-    auto recorder() {
-        return [this](String name, int value) {
-            calls_.emplace_back(name, value);
-            lockHeld_.push_back(lock_.isHeldByMe());
-        };
-    }
+    Calls calls_;
 };
 
-TEST_F(FunctionTest, DefaultIsDirectWithoutCallable) {
-    VX::Function<int(int)> f;
-    EXPECT_FALSE(f.hasCallable());
-    EXPECT_EQ(f(7), 0);
-    VX::Function<void(String)> g;
-    g("ignored");  // does nothing
-}
-
 TEST_F(FunctionTest, DirectRunsAtOnceInTheCallingThreadAndReturns) {
+    VX::Function<int(int)> none;  // the default: direct, without a callable
+    EXPECT_FALSE(none.hasCallable());
+    EXPECT_EQ(none(7), 0);
     std::thread::id ranOn;
     VX::Function<int(int)> f(VX::directCall(), [&](int x) {
         ranOn = std::this_thread::get_id();
@@ -53,98 +58,81 @@ TEST_F(FunctionTest, DirectRunsAtOnceInTheCallingThreadAndReturns) {
     EXPECT_EQ(ranOn, std::this_thread::get_id());
 }
 
-TEST_F(FunctionTest, SyncRunsAtOnceHoldingTheLoopsLock) {
-    VX::Function<void(String, int)> f(loop_, recorder(), VX::Delivery::Sync);
-    f("a", 1);
-    EXPECT_EQ(calls_, (std::vector<Call>{{"a", 1}}));
-    EXPECT_EQ(lockHeld_, (std::vector<bool>{true}));
+TEST_F(FunctionTest, SyncRunsAtOnceUnderTheLoopsLockQueuedLaterInOrder) {
+    make(VX::Delivery::Sync)("sync", 0);
+    EXPECT_EQ(calls_, (Calls{{"sync", 0, true}}));
     EXPECT_FALSE(lock_.isHeldByMe());  // released after the call
-}
 
-TEST_F(FunctionTest, QueuedRunsLaterInOrderWithCopiedArguments) {
-    VX::Function<void(String, int)> f(loop_, recorder(), VX::Delivery::Queued);
+    F f = make(VX::Delivery::Queued);
     String name = "first";
     f(name, 1);
-    name = "changed";
+    name = "changed";  // the arguments were copied
     f("second", 2);
-    EXPECT_TRUE(calls_.empty());
+    EXPECT_EQ(calls_.size(), 1u);
     VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_, (std::vector<Call>{{"first", 1}, {"second", 2}}));
-    EXPECT_EQ(lockHeld_, (std::vector<bool>{true, true}));
-}
+    EXPECT_EQ(calls_, (Calls{{"sync", 0, true}, {"first", 1, true}, {"second", 2, true}}));
 
-TEST_F(FunctionTest, QueuedReturnsDefaultAtOnce) {
+    // A queued call returns the default at once.
     int ran = 0;
-    VX::Function<int()> f(
+    VX::Function<int()> g(
         loop_, [&] { return ++ran; }, VX::Delivery::Queued);
-    EXPECT_EQ(f(), 0);
+    EXPECT_EQ(g(), 0);
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(ran, 1);
-}
 
-TEST_F(FunctionTest, QueuedCallsAreDroppedWhenTheImplementationDies) {
-    {
-        VX::Function<void(String, int)> f(loop_, recorder(), VX::Delivery::Queued);
-        f("a", 1);
-        f("b", 2);
-    }
+    // On the engine loop: under the engine lock.
+    bool held = false;
+    VX::Function<void()> h(
+        VX::SysEvent::EVENT_LOOP(), [&] { held = VX::SysEvent::LOCK().isHeldByMe(); },
+        VX::Delivery::Queued);
+    h();
     VX::ManualTime::ADVANCE(0);
-    EXPECT_TRUE(calls_.empty());
+    EXPECT_TRUE(held);
 }
 
-TEST_F(FunctionTest, CopiesShareTheImplementationAndItsQueue) {
-    VX::Function<void(String, int)> copy;
+TEST_F(FunctionTest, QueuedCallsAreDroppedWhenTheLastSharerDies) {
+    F copy;
     {
-        VX::Function<void(String, int)> f(loop_, recorder(), VX::Delivery::Queued);
-        copy = f;
+        F f = make(VX::Delivery::Queued);
         f("a", 1);
+        copy = f;  // shares the implementation and its queue
     }
     copy("b", 2);
     VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_, (std::vector<Call>{{"a", 1}, {"b", 2}}));
+    EXPECT_EQ(calls_, (Calls{{"a", 1, true}, {"b", 2, true}}));
+    {
+        F f = make(VX::Delivery::Queued);
+        f("dropped", 3);
+    }
+    VX::ManualTime::ADVANCE(0);
+    EXPECT_EQ(calls_.size(), 2u);
 }
 
-TEST_F(FunctionTest, DontCancelKeepsQueuedCallsAndReleasesAfterTheLastRan) {
+TEST_F(FunctionTest, DontCancelKeepsLaterQueuedCallsAndReleasesAfterTheLastRan) {
     // The callable owns a token: the implementation (and with it the token) is
     // gone only after every kept call has run.
     auto token = std::make_shared<int>(0);
     std::weak_ptr<int> watch = token;
     {
-        VX::Function<void(String, int)> f(
-            loop_, [this, token](String n, int v) { calls_.emplace_back(n, v); },
+        F f(
+            loop_,
+            [this, token](String n, int v) {
+                calls_.push_back({n, v, lock_.isHeldByMe()});
+            },
             VX::Delivery::Queued);
         token.reset();
+        const unsigned base = f.getImpl()->getRefCount();
+        f("a", 0);  // queued before: holds nothing
+        EXPECT_EQ(f.getImpl()->getRefCount(), base);
         f.setDontCancelOnDestruction(true);
-        f("a", 1);
-        f("b", 2);
+        f("b", 1);
+        f("c", 2);
+        EXPECT_EQ(f.getImpl()->getRefCount(), base + 2);
     }
     EXPECT_FALSE(watch.expired());
     VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_, (std::vector<Call>{{"a", 1}, {"b", 2}}));
+    EXPECT_EQ(calls_, (Calls{{"a", 0, true}, {"b", 1, true}, {"c", 2, true}}));
     EXPECT_TRUE(watch.expired());
-}
-
-TEST_F(FunctionTest, OnlyCallsQueuedAfterDontCancelHoldTheImplementation) {
-    VX::Function<void(String, int)> f(loop_, recorder(), VX::Delivery::Queued);
-    const unsigned base = f.getImpl()->getRefCount();
-    f("dropped-if-cancelled", 0);
-    EXPECT_EQ(f.getImpl()->getRefCount(), base);
-    f.setDontCancelOnDestruction(true);
-    f("kept", 1);
-    EXPECT_EQ(f.getImpl()->getRefCount(), base + 1);
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(f.getImpl()->getRefCount(), base);
-    EXPECT_EQ(calls_.size(), 2u);
-}
-
-TEST_F(FunctionTest, QueuedOnTheEngineLoopRunsUnderTheEngineLock) {
-    bool held = false;
-    VX::Function<void()> f(
-        VX::SysEvent::EVENT_LOOP(), [&] { held = VX::SysEvent::LOCK().isHeldByMe(); },
-        VX::Delivery::Queued);
-    f();
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_TRUE(held);
 }
 
 }  // namespace

@@ -35,7 +35,6 @@ TEST(RegExTest, MatchesAndCaptures) {
         {"^port([^\\.\\:]+)", "port7.a.b", true, "port7", "7"},
         // unanchored: a search anywhere in the text
         {"b+", "abbbc", true, "bbb", nullptr},
-        {"(a)|(b)", "b", true, "b", nullptr},
         {"", "anything", true, "", nullptr},
     };
     for (const MatchCase& c : cases) {
@@ -61,13 +60,13 @@ TEST(RegExTest, MatchesAndCaptures) {
     }
 }
 
-TEST(RegExTest, BadExpressionsGiveNull) {
+TEST(RegExTest, RefusedExpressionsGiveNull) {
     for (const char* bad : {"(", "[a-", "a{2,1}", "*a", "(?<n", "\\", "a)"}) {
         EXPECT_FALSE(VXRegEx::COMPILE_EXPRESSION(bad)) << bad;
     }
 }
 
-TEST(RegExTest, CaptureCountAndUnsetGroups) {
+TEST(RegExTest, CapturesBeforeAfterAndBetweenSuccessiveMatches) {
     VXPtr<VXRegEx::Pattern> p = VXRegEx::COMPILE_EXPRESSION("(a)|(b)");
     ASSERT_TRUE(p);
     EXPECT_EQ(p->getCaptureCount(), 2u);
@@ -81,28 +80,23 @@ TEST(RegExTest, CaptureCountAndUnsetGroups) {
     EXPECT_EQ(s, "b");
     EXPECT_TRUE(m->getCapture(3, s).isErr());  // no such group
     EXPECT_EQ(m->getCapture(3), "");
-}
 
-TEST(RegExTest, MatcherIteratesOverSuccessiveMatches) {
-    VXPtr<VXRegEx::Matcher> m = VXRegEx::COMPILE_EXPRESSION("[0-9]+")->createMatcher("a1b22c333");
+    m = VXRegEx::COMPILE_EXPRESSION("[0-9]+")->createMatcher("a1b22c333");
     std::vector<String> found;
     while (m->match()) found.push_back(m->getCapture(0));
     EXPECT_EQ(found, (std::vector<String>{"1", "22", "333"}));
     EXPECT_FALSE(m->match());
-    EXPECT_TRUE(m->getCapture(0, found[0]).isErr());
+    EXPECT_TRUE(m->getCapture(0, s).isErr());  // after the last
 
     // Empty matches move on by one character and end.
-    VXPtr<VXRegEx::Matcher> e = VXRegEx::COMPILE_EXPRESSION("x*")->createMatcher("ab");
+    m = VXRegEx::COMPILE_EXPRESSION("x*")->createMatcher("ab");
     int count = 0;
-    while (e->match() && count < 10) ++count;
+    while (m->match() && count < 10) ++count;
     EXPECT_EQ(count, 3);
-}
 
-TEST(RegExTest, TextsAreBytesNotCStrings) {
-    const String text("a\0b", 3);
-    VXPtr<VXRegEx::Pattern> p = VXRegEx::COMPILE_EXPRESSION("^a.b$");
-    ASSERT_TRUE(p);
-    EXPECT_TRUE(p->match(text));
+    // Texts are bytes, not C strings.
+    p = VXRegEx::COMPILE_EXPRESSION("^a.b$");
+    EXPECT_TRUE(p->match(String("a\0b", 3)));
     EXPECT_FALSE(p->match("a"));
 }
 

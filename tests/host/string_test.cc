@@ -59,7 +59,6 @@ TEST(StringTest, BuildingByFormat) {
     EXPECT_EQ(String::stringOf(-12), "-12");
     EXPECT_EQ(String::stringOf(18446744073709551615ull), "18446744073709551615");
     EXPECT_EQ(String("a") + "b" + String("c"), "abc");
-    EXPECT_TRUE(String::s_empty.isEmpty());
 }
 
 TEST(StringTest, NumberParsing) {
