@@ -9,7 +9,9 @@ namespace VX {
 
 namespace {
 
-int32_t wrap(int64_t v) { return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(v))); }
+int32_t wrap(int64_t v) {
+    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(v)));
+}
 
 int32_t floorMod(int32_t v, int32_t m) {
     int32_t r = v % m;
@@ -95,9 +97,11 @@ Time& Time::operator/=(uint32_t n) {
     uint32_t r = s - q * n;
     uint64_t nanos;
     if (r >= (1u << 30)) {
-        nanos = static_cast<uint64_t>((static_cast<double>(r) * NANOS_PER_SECOND + nanoseconds_) / n);
+        nanos =
+            static_cast<uint64_t>((static_cast<double>(r) * NANOS_PER_SECOND + nanoseconds_) / n);
     } else {
-        nanos = (static_cast<uint64_t>(r) * NANOS_PER_SECOND + static_cast<uint64_t>(nanoseconds_)) / n;
+        nanos =
+            (static_cast<uint64_t>(r) * NANOS_PER_SECOND + static_cast<uint64_t>(nanoseconds_)) / n;
     }
     // r < n keeps the exact quotient below one second; only the rounding of
     // the double path can reach it.

@@ -36,11 +36,11 @@ XCode ConfigDatabase::PARSE_SPECIFIERS(const String& text, std::vector<Specifier
                       (isalpha(static_cast<unsigned char>(text[i + 1])) || text[i + 1] == '_'));
         if (!split) continue;
         std::vector<String> parts = text.substring(start, i - start).splitAtChars(":");
-        Specifier spec;
-        spec.table = parts.front();
-        if (spec.table.isEmpty()) return XCode::Failure("MISSING TABLE NAME");
-        spec.keys.assign(parts.begin() + 1, parts.end());
-        chain.push_back(spec);
+        Specifier specifier;
+        specifier.table = parts.front();
+        if (specifier.table.isEmpty()) return XCode::Failure("MISSING TABLE NAME");
+        specifier.keys.assign(parts.begin() + 1, parts.end());
+        chain.push_back(specifier);
         start = i + 1;
     }
     return XCode();
@@ -48,17 +48,18 @@ XCode ConfigDatabase::PARSE_SPECIFIERS(const String& text, std::vector<Specifier
 
 XCode ConfigDatabase::keyValues(DB::Transaction& tx, const std::vector<Specifier>& chain, size_t i,
                                 Values& out) {
-    const Specifier& spec = chain[i];
+    const Specifier& specifier = chain[i];
     const DB::Base& base = tx.getBase();
-    uint16_t structNo = base.getStructNo(spec.table);
+    uint16_t structNo = base.getStructNo(specifier.table);
     if (structNo == DB::NO_STRUCT) {
-        return XCode::Failure(String::Formatted("INVALID DATABASE TABLE: %s", spec.table.c_str()));
+        return XCode::Failure(
+            String::Formatted("INVALID DATABASE TABLE: %s", specifier.table.c_str()));
     }
     uint16_t indexNo = base.getIndexNo(structNo, IDENTIFIER_INDEX);
     if (indexNo == DB::NO_INDEX) {
-        if (spec.keys.empty()) return XCode();
+        if (specifier.keys.empty()) return XCode();
         return XCode::Failure(
-            String::Formatted("TABLE HAS NO IDENTIFIER INDEX: %s", spec.table.c_str()));
+            String::Formatted("TABLE HAS NO IDENTIFIER INDEX: %s", specifier.table.c_str()));
     }
     VXVector<String> fields;
     XCode rc = base.getListOfIndexFields(structNo, indexNo, fields);
@@ -72,7 +73,7 @@ XCode ConfigDatabase::keyValues(DB::Transaction& tx, const std::vector<Specifier
         } else if (field == PARENT_STRUCT_FIELD || field == PARENT_ID_FIELD) {
             if (i == 0) {
                 return XCode::Failure(
-                    String::Formatted("PARENT SPECIFIER REQUIRED: %s", spec.table.c_str()));
+                    String::Formatted("PARENT SPECIFIER REQUIRED: %s", specifier.table.c_str()));
             }
             if (field == PARENT_STRUCT_FIELD) {
                 uint16_t parentNo = base.getStructNo(chain[i - 1].table);
@@ -89,15 +90,16 @@ XCode ConfigDatabase::keyValues(DB::Transaction& tx, const std::vector<Specifier
                     field, String::stringOf(static_cast<unsigned long long>(parent.getUID())));
             }
         } else {
-            if (next >= spec.keys.size()) {
+            if (next >= specifier.keys.size()) {
                 return XCode::Failure(
-                    String::Formatted("NOT ENOUGH KEY VALUES: %s", spec.table.c_str()));
+                    String::Formatted("NOT ENOUGH KEY VALUES: %s", specifier.table.c_str()));
             }
-            out.emplace_back(field, spec.keys[next++]);
+            out.emplace_back(field, specifier.keys[next++]);
         }
     }
-    if (next < spec.keys.size()) {
-        return XCode::Failure(String::Formatted("TOO MANY KEY VALUES: %s", spec.table.c_str()));
+    if (next < specifier.keys.size()) {
+        return XCode::Failure(
+            String::Formatted("TOO MANY KEY VALUES: %s", specifier.table.c_str()));
     }
     return XCode();
 }

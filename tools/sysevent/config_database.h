@@ -36,8 +36,8 @@ public:
     // one, on which the tracker works.
     XCode open(const String& path);
 
-    // "db insert SPEC FIELD=VALUE...", "db update SPEC FIELD=VALUE...",
-    // "db delete SPEC", "db show SPEC|TABLE": `words` are the words after
+    // "db insert ENTRY FIELD=VALUE...", "db update ENTRY FIELD=VALUE...",
+    // "db delete ENTRY", "db show ENTRY|TABLE": `words` are the words after
     // "db". On failure `column` is the column the failure is about.
     XCode command(const std::vector<Word>& words, unsigned& column);
 
