@@ -30,7 +30,9 @@ void civilFromDays(int64_t z, int& y, int& m, int& d) {
     y = static_cast<int>(static_cast<int64_t>(yoe) + era * 400 + (m <= 2));
 }
 
-bool isLeap(int64_t y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+bool isLeap(int64_t y) {
+    return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
+}
 
 unsigned daysInMonth(int64_t y, unsigned m) {
     static const unsigned days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -67,7 +69,8 @@ XCode Clock::set(const Time& t, Zone zone) {
 
 void Clock::fill() {
     int64_t local = static_cast<int64_t>(time_.getSeconds()) + static_cast<int64_t>(zone_) * 3600;
-    int64_t days = local >= 0 ? local / Time::SECONDS_PER_DAY : (local - (Time::SECONDS_PER_DAY - 1)) / Time::SECONDS_PER_DAY;
+    int64_t days = local >= 0 ? local / Time::SECONDS_PER_DAY
+                              : (local - (Time::SECONDS_PER_DAY - 1)) / Time::SECONDS_PER_DAY;
     int64_t secs = local - days * Time::SECONDS_PER_DAY;
     civilFromDays(days, year_, month_, day_);
     hour_ = static_cast<int>(secs / 3600);
@@ -84,10 +87,12 @@ XCode Clock::set(const String& text, Zone zone, unsigned* charsRead) {
 XCode Clock::set(const char* text, Zone zone, unsigned* charsRead) {
     unsigned pos = 0;
     int64_t year, month, day, hour, minute, second;
-    if (!readNumber(text, pos, 4, year) || !expect(text, pos, '-') || !readNumber(text, pos, 2, month) ||
-        !expect(text, pos, '-') || !readNumber(text, pos, 2, day) || !expect(text, pos, 'T') ||
-        !readNumber(text, pos, 2, hour) || !expect(text, pos, ':') || !readNumber(text, pos, 2, minute) ||
-        !expect(text, pos, ':') || !readNumber(text, pos, 2, second)) {
+    if (!readNumber(text, pos, 4, year) || !expect(text, pos, '-') ||
+        !readNumber(text, pos, 2, month) || !expect(text, pos, '-') ||
+        !readNumber(text, pos, 2, day) || !expect(text, pos, 'T') ||
+        !readNumber(text, pos, 2, hour) || !expect(text, pos, ':') ||
+        !readNumber(text, pos, 2, minute) || !expect(text, pos, ':') ||
+        !readNumber(text, pos, 2, second)) {
         return XCode::Failure("INVALID DATE-TIME");
     }
     int32_t nanos = 0;
@@ -100,12 +105,15 @@ XCode Clock::set(const char* text, Zone zone, unsigned* charsRead) {
             ++pos;
         }
     }
-    if (month < 1 || month > 12 || day < 1 || day > daysInMonth(year, static_cast<unsigned>(month)) || hour > 23 ||
-        minute > 59 || second > 59) {
+    if (month < 1 || month > 12 || day < 1 ||
+        day > daysInMonth(year, static_cast<unsigned>(month)) || hour > 23 || minute > 59 ||
+        second > 59) {
         return XCode::Failure("DATE-TIME OUT OF RANGE");
     }
-    int64_t seconds = daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) * Time::SECONDS_PER_DAY +
-                      hour * 3600 + minute * 60 + second - static_cast<int64_t>(zone) * 3600;
+    int64_t seconds =
+        daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) *
+            Time::SECONDS_PER_DAY +
+        hour * 3600 + minute * 60 + second - static_cast<int64_t>(zone) * 3600;
     if (seconds < INT32_MIN || seconds > INT32_MAX) return XCode::Failure("DATE-TIME OUT OF RANGE");
     set(Time(static_cast<int32_t>(seconds), nanos), zone);
     if (charsRead) *charsRead = pos;
@@ -114,10 +122,11 @@ XCode Clock::set(const char* text, Zone zone, unsigned* charsRead) {
 
 String Clock::toString(int format) const {
     if (format == FORMAT_LOG) {
-        return String::Formatted("%04d-%02d-%02d %02d:%02d:%02d.%03d", year_, month_, day_, hour_, minute_, second_,
-                                 time_.getNanoseconds() / 1000000);
+        return String::Formatted("%04d-%02d-%02d %02d:%02d:%02d.%03d", year_, month_, day_, hour_,
+                                 minute_, second_, time_.getNanoseconds() / 1000000);
     }
-    String out = String::Formatted("%04d-%02d-%02dT%02d:%02d:%02d", year_, month_, day_, hour_, minute_, second_);
+    String out = String::Formatted("%04d-%02d-%02dT%02d:%02d:%02d", year_, month_, day_, hour_,
+                                   minute_, second_);
     if (int32_t ns = time_.getNanoseconds(); ns != 0) {
         String frac = String::Formatted("%09d", ns);
         size_t len = frac.length();

@@ -28,8 +28,12 @@ Critical& INSTANCE();
 
 namespace VX::SysEvent {
 
-inline VXLock& LOCK() { return CRIT::INSTANCE().getLock(); }
-inline VXEventLoop& EVENT_LOOP() { return CRIT::INSTANCE().getEventLoop(); }
+inline VXLock& LOCK() {
+    return CRIT::INSTANCE().getLock();
+}
+inline VXEventLoop& EVENT_LOOP() {
+    return CRIT::INSTANCE().getEventLoop();
+}
 
 // Set by the host; read under the engine lock.
 extern RTD::Monitor* MON;

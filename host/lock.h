@@ -27,7 +27,9 @@ public:
         mutex_.unlock();
     }
     // True when the calling thread holds the lock (for assertions).
-    bool isHeldByMe() const { return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id(); }
+    bool isHeldByMe() const {
+        return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
 
     // BasicLockable spelling, so std::unique_lock and friends work too.
     bool try_lock() { return tryLock(); }

@@ -5,8 +5,8 @@
 
 XCode VXMarshaller::copyOnWrite() {
     if (buffer_.use_count() > 1) {
-        buffer_ = std::make_shared<std::vector<uint8_t>>(buffer_->begin() + static_cast<std::ptrdiff_t>(head_),
-                                                         buffer_->end());
+        buffer_ = std::make_shared<std::vector<uint8_t>>(
+            buffer_->begin() + static_cast<std::ptrdiff_t>(head_), buffer_->end());
         head_ = 0;
     }
     return XCode();

@@ -29,8 +29,8 @@ public:
     VXMarshaller() : buffer_(std::make_shared<std::vector<uint8_t>>()) {}
     // A reader over a copy of the given bytes.
     VXMarshaller(const void* data, size_t length)
-        : buffer_(std::make_shared<std::vector<uint8_t>>(static_cast<const uint8_t*>(data),
-                                                         static_cast<const uint8_t*>(data) + length)) {}
+        : buffer_(std::make_shared<std::vector<uint8_t>>(
+              static_cast<const uint8_t*>(data), static_cast<const uint8_t*>(data) + length)) {}
 
     // Gives this marshaller its own buffer when the buffer is shared.
     XCode copyOnWrite();

@@ -77,4 +77,6 @@ inline Monitor* GET_MONITOR_IF_ENABLED_FOR_LOGGING(Monitor* m, int level) {
 }  // namespace RTD
 
 // The text of a boolean: "true" or "false" (the lexer reads both back).
-inline const char* TRUE_FALSE(bool b) { return b ? "true" : "false"; }
+inline const char* TRUE_FALSE(bool b) {
+    return b ? "true" : "false";
+}

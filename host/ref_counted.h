@@ -23,7 +23,8 @@ public:
 
     virtual void addRef() const { count_.fetch_add(1, std::memory_order_relaxed); }
     virtual void release() const {
-        if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1) const_cast<RefCounted*>(this)->callDtor();
+        if (count_.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            const_cast<RefCounted*>(this)->callDtor();
     }
     // The lock that guards this object (may be null).
     virtual VXLock* getLock() const { return lock_; }
@@ -43,13 +44,17 @@ template <typename T>
 class CountedPtr {
 public:
     CountedPtr() = default;
-    CountedPtr(std::nullptr_t) {}                        // NOLINT: implicit by design
-    CountedPtr(T* p) : p_(p) { if (p_) p_->addRef(); }  // NOLINT: implicit by design
+    CountedPtr(std::nullptr_t) {}  // NOLINT: implicit by design
+    CountedPtr(T* p) : p_(p) {
+        if (p_) p_->addRef();
+    }  // NOLINT: implicit by design
     CountedPtr(const CountedPtr& o) : CountedPtr(o.p_) {}
     CountedPtr(CountedPtr&& o) noexcept : p_(std::exchange(o.p_, nullptr)) {}
     template <typename U>
     CountedPtr(const CountedPtr<U>& o) : CountedPtr(o.get()) {}  // NOLINT: implicit upcast
-    ~CountedPtr() { if (p_) p_->release(); }
+    ~CountedPtr() {
+        if (p_) p_->release();
+    }
 
     CountedPtr& operator=(const CountedPtr& o) { return reset(o.p_); }
     CountedPtr& operator=(CountedPtr&& o) noexcept {

@@ -67,8 +67,12 @@ int String::indexOf(const String& needle, size_t from) const {
     return at == std::string::npos ? -1 : static_cast<int>(at);
 }
 
-bool String::startsWith(const String& prefix) const { return s_.starts_with(prefix.s_); }
-bool String::endsWith(const String& suffix) const { return s_.ends_with(suffix.s_); }
+bool String::startsWith(const String& prefix) const {
+    return s_.starts_with(prefix.s_);
+}
+bool String::endsWith(const String& suffix) const {
+    return s_.ends_with(suffix.s_);
+}
 
 String String::substring(size_t start, size_t count) const {
     if (start >= s_.size()) return String();
@@ -131,5 +135,9 @@ bool String::toUInt32(uint32_t& out) const {
     return true;
 }
 
-String String::stringOf(long long n) { return Formatted("%lld", n); }
-String String::stringOf(unsigned long long n) { return Formatted("%llu", n); }
+String String::stringOf(long long n) {
+    return Formatted("%lld", n);
+}
+String String::stringOf(unsigned long long n) {
+    return Formatted("%llu", n);
+}

@@ -14,7 +14,8 @@ public:
     static constexpr int32_t SECONDS_PER_DAY = 86400;
 
     constexpr Time() = default;
-    constexpr Time(int32_t seconds, int32_t nanoseconds) : seconds_(seconds), nanoseconds_(nanoseconds) {}
+    constexpr Time(int32_t seconds, int32_t nanoseconds)
+        : seconds_(seconds), nanoseconds_(nanoseconds) {}
     static constexpr Time fromSeconds(int32_t seconds) { return Time(seconds, 0); }
     static Time fromMilliseconds(uint64_t ms);
 
