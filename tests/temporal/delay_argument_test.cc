@@ -1,6 +1,7 @@
 // The delay argument of the six timer-driven functions: which values are
-// refused with which error, and that a refused delay leaves running timers
-// alone, as does an error arriving at the input.
+// refused with which error, that each function makes a refused delay its
+// result and a zero delay is no refusal, and that a refused delay leaves
+// running timers alone, as does an error arriving at the input.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,17 +13,6 @@ namespace VX::SysEvent::testing {
 namespace {
 
 using DelayArgument = TemporalTest;
-using C = Watch::Change;
-
-const char* const TIMED[] = {"DEBOUNCE",    "DEBOUNCEIF", "DEBOUNCEINC",
-                             "DEBOUNCEDEC", "DELAY",      "STABLE"};
-
-VXLWPtr<FunctionNode> timed(const char* fn, Node* x, Node* delay) {
-    VXLWPtr<Node> condition = leaf(truth(true));
-    return String(fn) == "DEBOUNCEIF" ? apply(fn, {x, delay, condition.get()})
-                                      : apply(fn, {x, delay});
-}
-
 TEST(DelayMilliseconds, ReadsDurationsAndRefusesEverythingElse) {
     struct Case {
         Value delay;
@@ -49,53 +39,57 @@ TEST(DelayMilliseconds, ReadsDurationsAndRefusesEverythingElse) {
         {Value(DST_EMPTY), DST_ERR_VAL, 0},
     };
     for (const Case& c : cases) {
-        unsigned ms = 4242;
-        const XCode rc = delayMilliseconds(c.delay, ms);
-        if (c.error == DST_UNDEF) {
-            EXPECT_TRUE(rc.isSuccess()) << c.delay.toString().str();
-            EXPECT_EQ(ms, c.ms) << c.delay.toString().str();
-        } else {
-            EXPECT_EQ(rc.getValue(), ENGINE_ERROR_BASE + c.error) << c.delay.toString().str();
-            EXPECT_EQ(ms, 4242u) << c.delay.toString().str();
-        }
+        SCOPED_TRACE(c.delay.toString().c_str());
+        unsigned ms = 4242;  // left alone on refusal
+        const bool accepted = c.error == DST_UNDEF;
+        EXPECT_EQ(delayMilliseconds(c.delay, ms).getValue(),
+                  accepted ? XCode::SUCCESS : ENGINE_ERROR_BASE + c.error);
+        EXPECT_EQ(ms, accepted ? c.ms : 4242u);
     }
 }
 
-TEST_F(DelayArgument, ZeroDelayDeliversOnTheNextAdvance) {
-    for (const char* fn : TIMED) {
-        VXLWPtr<Node> x = leaf(num(1));
-        VXLWPtr<Node> delay = leaf(duration(0));
-        VXLWPtr<FunctionNode> f = timed(fn, x.get(), delay.get());
-        Watch w(f.get());
-        x->setValue(num(2));
-        VX::ManualTime::ADVANCE(0);
-        EXPECT_EQ(w.value(), String(fn) == "STABLE" ? truth(true) : num(2)) << fn;
-    }
-}
-
-// While the delay or the input is refused, a running timer keeps running and
-// its expiry still sets the node: the pending value, the oldest queued value,
-// or true.
-TEST_F(DelayArgument, RefusedArgumentsLeaveRunningTimersAlone) {
-    for (const char* fn : TIMED) {
-        for (bool breakInput : {false, true}) {
+// A zero delay delivers on the next advance. A delay of the wrong kind is
+// the result; while it is, or while the input is an error, a running timer
+// keeps running and its expiry still sets the node: the pending value, the
+// oldest queued value, or true.
+TEST_F(DelayArgument, ZeroWrongAndErrorArgumentsInEveryTimedFunction) {
+    const struct {
+        const char* fn;
+        Value wrong;  // a delay of the wrong kind
+        DataSubType error;
+    } rows[] = {
+        {"DEBOUNCE", num(5), DST_ERR_VAL},
+        {"DEBOUNCEIF", text("soon"), DST_ERR_VAL},
+        {"DEBOUNCEINC", Value(T0, DST_ABS_DATE_TIME), DST_ERR_NUM},
+        {"DEBOUNCEDEC", Value(VX::Time(30600, 0), DST_ABS_TIME), DST_ERR_NUM},
+        {"DELAY", truth(true), DST_ERR_VAL},
+        {"STABLE", Value(T0, DST_ABS_DATE), DST_ERR_NUM},
+    };
+    enum { ZERO_DELAY, WRONG_DELAY, ERROR_INPUT };
+    for (const auto& row : rows) {
+        for (int mode : {ZERO_DELAY, WRONG_DELAY, ERROR_INPUT}) {
+            SCOPED_TRACE(::testing::Message() << row.fn << " mode " << mode);
             const int64_t base = nowMs();
             VXLWPtr<Node> x = leaf(num(1));
-            VXLWPtr<Node> delay = leaf(duration(2000));
-            VXLWPtr<FunctionNode> f = timed(fn, x.get(), delay.get());
+            VXLWPtr<Node> delay = leaf(duration(mode == ZERO_DELAY ? 0 : 2000));
+            VXLWPtr<Node> condition = leaf(truth(true));
+            VXLWPtr<FunctionNode> f = String(row.fn) == "DEBOUNCEIF"
+                                          ? apply(row.fn, {x.get(), delay.get(), condition.get()})
+                                          : apply(row.fn, {x.get(), delay.get()});
             Watch w(f.get());
             // A change that starts a timer in every variant.
-            const Value next = num(String(fn) == "DEBOUNCEDEC" ? 0 : 2);
+            const Value next = num(String(row.fn) == "DEBOUNCEDEC" ? 0 : 2);
             x->setValue(next);
-            advanceTo(base + 500);
-            if (breakInput)
-                x->setValue(Value(DST_ERR_NA));
-            else
-                delay->setValue(num(2));
-            EXPECT_EQ(w.value().subtype, breakInput ? DST_ERR_NA : DST_ERR_VAL) << fn;
-            advanceTo(base + 5000);
-            EXPECT_EQ(w.value(), String(fn) == "STABLE" ? truth(true) : next)
-                << fn << (breakInput ? " input" : " delay");
+            if (mode != ZERO_DELAY) {
+                advanceTo(base + 500);
+                if (mode == WRONG_DELAY)
+                    delay->setValue(row.wrong);
+                else
+                    x->setValue(Value(DST_ERR_NA));
+                EXPECT_EQ(w.value().subtype, mode == WRONG_DELAY ? row.error : DST_ERR_NA);
+            }
+            advanceTo(mode == ZERO_DELAY ? base : base + 5000);
+            EXPECT_EQ(w.value(), String(row.fn) == "STABLE" ? truth(true) : next);
         }
     }
 }

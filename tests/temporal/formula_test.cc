@@ -1,13 +1,15 @@
-// The main sequences of the timer-driven functions and WITHIN, written as
-// formulas and run through the parser. Parsed
-// nodes are shared and kept for the life of the process, so every test binds
-// its names to fresh leaves under a name prefix of its own, runs each timer
-// to its end, and leaves NOW and TODAY to the tests that build their nodes
-// directly (a parsed NOW() would keep its tick for good).
+// The timer-driven functions and WITHIN written as formulas and run through
+// the parser, as one table of sequences: values set on named leaves at given
+// moments and every change the formula shows. Parsed nodes are shared and
+// kept for the life of the process, so each row binds its names to fresh
+// leaves under a name prefix of its own and runs every timer to its end; NOW
+// and TODAY are left to the tests that build their nodes directly (a parsed
+// NOW() would keep its tick for good).
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
@@ -18,10 +20,10 @@ namespace {
 
 using C = Watch::Change;
 
-// Names of one test, each bound to a leaf of its own.
+// Names of one row, each bound to a leaf of its own.
 class Names : public NameResolver {
 public:
-    Names() : m_prefix(String::Formatted("formula%u.", ++s_tests)) {}
+    Names() : m_prefix(String::Formatted("formula%u.", ++s_rows)) {}
 
     // The leaf named `name` (made with `initial` on first use).
     Node* operator()(const char* name, const Value& initial = Value(0ULL)) {
@@ -38,143 +40,134 @@ public:
     }
 
 private:
-    static inline unsigned s_tests = 0;
+    static inline unsigned s_rows = 0;
     String m_prefix;
     std::map<std::string, VXLWPtr<Node>> m_nodes;
 };
 
-class Formula : public TemporalTest {
-protected:
-    // The one root of `text`, or null after a failed expectation.
-    VXLWPtr<Node> parse(const char* text) {
-        Parser parser(&names);
-        const XCode rc = parser.parse(text);
-        EXPECT_TRUE(rc.isSuccess()) << text << ": " << rc.toString().c_str();
-        if (rc.isErr() || parser.getRoots().size() != 1) return VXLWPtr<Node>();
-        return parser.getRoots()[0];
-    }
-    // The parse error of `text`.
-    String error(const char* text) {
-        Parser parser(&names);
-        const XCode rc = parser.parse(text);
-        EXPECT_TRUE(rc.isErr()) << text;
-        return rc.getString();
-    }
+// The one root of `text`, or null after a failed expectation.
+VXLWPtr<Node> parse(Names& names, const char* text) {
+    Parser parser(&names);
+    const XCode rc = parser.parse(text);
+    EXPECT_TRUE(rc.isSuccess()) << text << ": " << rc.toString().c_str();
+    if (rc.isErr() || parser.getRoots().size() != 1) return VXLWPtr<Node>();
+    return parser.getRoots()[0];
+}
 
-    Names names;
+using Formula = TemporalTest;
+
+// A value set on a leaf `atMs` after T0.
+struct Set {
+    int64_t atMs;
+    const char* name;
+    Value value;
 };
 
-TEST_F(Formula, DebounceHoldsBackAllButTheLastChange) {
-    Node* x = names("x", num(1));
-    VXLWPtr<Node> e = parse("DEBOUNCE(x, 2s) * 10");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    EXPECT_EQ(w.value(), num(10));
-    advanceTo(500);
-    x->setValue(num(2));
-    advanceTo(1000);
-    x->setValue(num(3));
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{3000, num(30)}}));
-}
+struct Sequence {
+    const char* formula;
+    std::vector<std::pair<const char*, Value>> leaves;  // initial values
+    Value first;                                        // when first observed
+    std::vector<Set> sets;
+    std::vector<C> changes;  // every change up to 30 s
+};
 
-TEST_F(Formula, DebounceIncHoldsRisesAndLetsFallsThrough) {
-    Node* x = names("x", num(5));
-    VXLWPtr<Node> e = parse("DEBOUNCEINC(x, 1s500ms)");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    x->setValue(num(9));  // a rise: held back
-    advanceTo(100);
-    x->setValue(num(8));  // still above 5: held, timed afresh
-    advanceTo(1000);
-    x->setValue(num(3));  // a fall: through at once, the 8 is dropped
-    advanceTo(1200);
-    x->setValue(num(4));  // a rise again
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{1000, num(3)}, {2700, num(4)}}));
-}
-
-TEST_F(Formula, DebounceIfFollowsItsCondition) {
-    Node* x = names("x", num(1));
-    Node* busy = names("busy", truth(true));
-    VXLWPtr<Node> e = parse("DEBOUNCEIF(x, 2s, busy)");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    x->setValue(num(2));
-    advanceTo(700);
-    busy->setValue(truth(false));
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{700, num(2)}}));
-}
-
-TEST_F(Formula, DelayReplaysEveryChange) {
-    Node* x = names("x", num(0));
-    VXLWPtr<Node> e = parse("DELAY(x, 2s)");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    x->setValue(num(1));
-    advanceTo(1000);
-    x->setValue(num(2));
-    advanceTo(10000);
-    EXPECT_EQ(w.changes, (std::vector<C>{{2000, num(1)}, {3000, num(2)}}));
-}
-
-TEST_F(Formula, StableIsFalseAfterEveryChangeAndTrueOneDelayAfterTheLast) {
-    Node* x = names("x", num(1));
-    VXLWPtr<Node> e = parse("STABLE(x, 5s)");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    EXPECT_EQ(w.value(), truth(false));
-    advanceTo(6000);
-    x->setValue(num(2));
-    advanceTo(8000);
-    x->setValue(num(3));
-    advanceTo(20000);
-    EXPECT_EQ(w.changes,
-              (std::vector<C>{{5000, truth(true)}, {6000, truth(false)}, {13000, truth(true)}}));
-}
-
-TEST_F(Formula, DelayArgumentsOfTheWrongKind) {
-    names("x", num(1));
-    const struct {
-        const char* text;
-        DataSubType result;
-    } rows[] = {
-        {"DEBOUNCE(x, 5)", DST_ERR_VAL},
-        {"DELAY(x, 'soon')", DST_ERR_VAL},
-        {"STABLE(x, 2024-01-15)", DST_ERR_NUM},
-        {"DEBOUNCEINC(x, 2024-01-15T08:30:00)", DST_ERR_NUM},
-        {"DEBOUNCEDEC(x, 08:30:00)", DST_ERR_NUM},
-        {"WITHIN(x, 5)", DST_ERR_VAL},
-        {"WITHIN(x, 08:30:00)", DST_ERR_NUM},
+TEST_F(Formula, Sequences) {
+    const Value T = truth(true), F = truth(false);
+    const Sequence rows[] = {
+        // 1 -> 2 -> 3 within the delay: only the last change, one delay later.
+        {"DEBOUNCE(x, 2s) * 10",
+         {{"x", num(1)}},
+         num(10),
+         {{500, "x", num(2)}, {1000, "x", num(3)}},
+         {{3000, num(30)}}},
+        // A change that comes back within the delay propagates nothing.
+        {"DEBOUNCE(x, 2s)", {{"x", num(1)}}, num(1), {{100, "x", num(2)}, {200, "x", num(1)}}, {}},
+        // Rises are held (and timed afresh), a fall goes through at once and
+        // drops the pending rise; across data types nothing is a rise.
+        {"DEBOUNCEINC(x, 1s500ms)",
+         {{"x", num(5)}},
+         num(5),
+         {{0, "x", num(9)},
+          {100, "x", num(8)},
+          {1000, "x", num(3)},
+          {1200, "x", num(4)},
+          {5000, "x", text("abc")},
+          {6000, "x", text("abd")}},
+         {{1000, num(3)}, {2700, num(4)}, {5000, text("abc")}, {7500, text("abd")}}},
+        {"DEBOUNCEDEC(x, 1s)",
+         {{"x", num(5)}},
+         num(5),
+         {{0, "x", num(3)},
+          {200, "x", num(9)},
+          {300, "x", num(2)},
+          {400, "x", text("abc")},
+          {5000, "x", text("ab")}},
+         {{200, num(9)}, {400, text("abc")}, {6000, text("ab")}}},
+        // A false condition lets the pending value through at its recompute and
+        // later changes at once; a non-empty text reads as true again.
+        {"DEBOUNCEIF(x, 2s, c)",
+         {{"x", num(1)}, {"c", T}},
+         num(1),
+         {{0, "x", num(2)},
+          {500, "c", F},
+          {600, "x", num(3)},
+          {10000, "c", text("false")},
+          {10000, "x", num(4)}},
+         {{500, num(2)}, {600, num(3)}, {12000, num(4)}}},
+        // A condition that is no boolean is the result; the pending value
+        // still arrives.
+        {"DEBOUNCEIF(x, 2s, c)",
+         {{"x", num(1)}, {"c", T}},
+         num(1),
+         {{0, "x", num(2)}, {100, "c", Value(DST_EMPTY)}},
+         {{100, Value(DST_ERR_VAL)}, {2000, num(2)}}},
+        {"DELAY(x, 2s)",
+         {{"x", num(0)}},
+         num(0),
+         {{0, "x", num(1)}, {1000, "x", num(2)}},
+         {{2000, num(1)}, {3000, num(2)}}},
+        // Shrinking the delay queues 1 again (due at 1100, before the first
+        // 1 at 5000); whichever timer expires, the oldest value goes out.
+        {"DELAY(x, d)",
+         {{"x", num(0)}, {"d", duration(5000)}},
+         num(0),
+         {{0, "x", num(1)}, {100, "d", duration(1000)}, {200, "x", num(2)}},
+         {{1100, num(1)}, {5000, num(2)}}},
+        {"STABLE(x, 5s)",
+         {{"x", num(1)}},
+         F,
+         {{6000, "x", num(2)}, {8000, "x", num(3)}},
+         {{5000, T}, {6000, F}, {13000, T}}},
+        // Recomputes with an unchanged input neither restart nor stop the wait.
+        {"STABLE(x, d)",
+         {{"x", num(1)}, {"d", duration(5000)}},
+         F,
+         {{2000, "d", duration(10000)}, {7000, "d", duration(1000)}},
+         {{5000, T}}},
+        // AND's event spans both arguments' times: 5 s apart is within, 12 s
+        // is not.
+        {"WITHIN(AND(a, b), 5s)",
+         {{"a", F}, {"b", F}},
+         F,
+         {{1000, "a", T}, {6000, "b", T}, {7000, "b", F}, {13000, "b", T}},
+         {{6000, T}, {7000, F}}},
     };
-    for (const auto& row : rows) {
-        VXLWPtr<Node> e = parse(row.text);
-        ASSERT_TRUE(e) << row.text;
+    for (const Sequence& row : rows) {
+        SCOPED_TRACE(row.formula);
+        VX::ManualTime::ENABLE(T0);
+        Names names;
+        for (const auto& [name, value] : row.leaves) names(name, value);
+        VXLWPtr<Node> e = parse(names, row.formula);
+        ASSERT_TRUE(e);
         Watch w(e.get());
-        EXPECT_EQ(w.value().subtype, row.result) << row.text;
+        EXPECT_EQ(w.value(), row.first);
+        for (const Set& set : row.sets) {
+            advanceTo(set.atMs);
+            names(set.name)->setValue(set.value);
+        }
+        advanceTo(30000);
+        EXPECT_EQ(w.changes, row.changes);
     }
-    VXLWPtr<Node> zero = parse("DEBOUNCE(x, 0s)");
-    ASSERT_TRUE(zero);
-    EXPECT_EQ(zero->getValue(), num(1));
-}
-
-TEST_F(Formula, WithinTellsWhetherBothChangedCloseTogether) {
-    Node* a = names("a", truth(false));
-    Node* b = names("b", truth(false));
-    VXLWPtr<Node> e = parse("WITHIN(AND(a, b), 5s)");
-    ASSERT_TRUE(e);
-    Watch w(e.get());
-    advanceTo(1000);
-    a->setValue(truth(true));
-    advanceTo(6000);
-    b->setValue(truth(true));  // exactly 5 s apart: within
-    EXPECT_EQ(w.value(), truth(true));
-    advanceTo(7000);
-    b->setValue(truth(false));
-    advanceTo(13000);
-    b->setValue(truth(true));  // 12 s after a
-    EXPECT_EQ(w.value(), truth(false));
 }
 
 }  // namespace

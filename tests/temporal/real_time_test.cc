@@ -31,9 +31,6 @@ public:
         seen.push_back({v.data.uint, std::this_thread::get_id(), LOCK().isHeldByMe()});
         changed.notify_all();
     }
-    bool reached(unsigned long long value) const {
-        return !seen.empty() && seen.back().value == value;
-    }
 
     std::mutex mutex;
     std::condition_variable changed;
@@ -79,8 +76,9 @@ TEST_F(RealTime, ExpiriesRunOnTheLoopUnderTheEngineLockWhileAnotherThreadSets) {
 
     for (Recorder* r : {&debounced, &replayed}) {
         std::unique_lock<std::mutex> guard(r->mutex);
-        ASSERT_TRUE(
-            r->changed.wait_for(guard, std::chrono::seconds(20), [&] { return r->reached(LAST); }));
+        ASSERT_TRUE(r->changed.wait_for(guard, std::chrono::seconds(20), [&] {
+            return !r->seen.empty() && r->seen.back().value == LAST;
+        }));
     }
 
     VXAutoLock lock(LOCK());

@@ -100,16 +100,6 @@ public:
     int computes = 0;
 };
 
-// True when both arguments are true; its event spans both arguments' times.
-class TAND : public NonTemporalFunctionNode {
-public:
-    using NonTemporalFunctionNode::NonTemporalFunctionNode;
-    XCode compute(Value& result) override {
-        result = Value(getArgument(0).data.boolean && getArgument(1).data.boolean);
-        return XCode();
-    }
-};
-
 template <typename F>
 VXLWPtr<F> make(std::initializer_list<Node*> args) {
     VXLWPtr<F> f(new F("TFN", "[arg]*"));
