@@ -1,8 +1,9 @@
 // Change callbacks: what reaches a registered component manager after a
 // commit (new, updated, deleted entries, readable, deleted ones with their
-// ancestors), what reaches nobody (rollbacks, failed operations, tables and
-// event types not registered), registrations staged in their transaction,
-// queued delivery, destroyed managers, and handlers that write.
+// ancestors; a new identifier as a delete and a new entry), what reaches
+// nobody (rollbacks, failed operations, tables and event types not
+// registered), registrations staged in their transaction, queued delivery,
+// destroyed managers, and handlers that write or wait for a lock.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -16,55 +17,58 @@ namespace {
 
 using dbtest::insert;
 using dbtest::inWrite;
+using dbtest::registerFor;
 
-// One delivered change, read while it was being delivered.
-struct Seen {
-    DB::EventType_ type;
-    String table;
-    uint64_t uid;
-    String key;     // name (Interface), number (Port), ip (Address)
-    String parent;  // the parent Interface's name, for an Address
-    String mtu;     // for an Interface
-};
-
+// Writes each delivered change as a line read while it was being delivered:
+// "<event> <table> <key>", then " mtu=<mtu>" for an Interface and
+// " parent=<name>" for an entry with a parent Interface.
 class Recorder {
 public:
     explicit Recorder(
         VX::ComponentManager::Delivery delivery = VX::ComponentManager::DELIVER_DIRECT)
         : manager_("recorder", delivery) {
         manager_.addDatabaseHandler([this](DB::EventType_ type, DB::ObjRead& e) {
-            Seen s{type, e.getStructName(), e.getUID(), "", "", ""};
-            const char* key = s.table == "Interface" ? "name" : s.table == "Port" ? "number" : "ip";
-            EXPECT_TRUE(e.getAsString(key, s.key).isSuccess());
-            if (s.table == "Interface") {
-                EXPECT_TRUE(e.getAsString("mtu", s.mtu).isSuccess());
+            const String table = e.getStructName();
+            String key, extra;
+            const char* keyField = table == "Interface" ? "name"
+                                   : table == "Port"    ? "number"
+                                                        : "ip";
+            EXPECT_TRUE(e.getAsString(keyField, key).isSuccess());
+            if (table == "Interface") {
+                EXPECT_TRUE(e.getAsString("mtu", extra).isSuccess());
+                extra = " mtu=" + extra;
             }
             DB::ObjRead parent;
+            String name;
             if (e.hasParent() && e.getParentObj(parent, 2, 10).isSuccess()) {
-                EXPECT_TRUE(parent.get("name", s.parent).isSuccess());
+                EXPECT_TRUE(parent.get("name", name).isSuccess());
+                extra = " parent=" + name;
             }
-            seen.push_back(s);
+            const char* event = type == DB::EVENT_NEW      ? "NEW"
+                                : type == DB::EVENT_UPDATE ? "UPDATE"
+                                                           : "DELETE";
+            seen.push_back(String(event) + " " + table + " " + key + extra);
+            uids.push_back(e.getUID());
         });
     }
 
-    // Registers for `table` and each of `types`, in one callback transaction.
+    // Registers for `table` and each of `types`.
     XCode watch(const VXPtr<DB::Database>& db, const char* table,
                 std::initializer_list<DB::EventType_> types = {DB::EVENT_NEW, DB::EVENT_DELETE,
                                                                DB::EVENT_UPDATE}) {
-        DB::Transaction tx(DB::TRANSACTION_CALLBACK, db);
-        XCode rc = tx.start();
+        XCode rc;
         for (DB::EventType_ t : types) {
-            if (rc.isSuccess()) {
-                rc = DB::REGISTER_CALLBACK(tx, tx.getBase().getStructNo(table), t,
-                                           DB::CALLBACK_AFTER_COMMIT, &manager_);
-            }
+            if (rc.isSuccess()) rc = registerFor(db, table, t, &manager_);
         }
-        return rc.isSuccess() ? tx.commit() : rc;
+        return rc;
     }
 
     VX::ComponentManager manager_;
-    VXVector<Seen> seen;
+    VXVector<String> seen;
+    VXVector<uint64_t> uids;
 };
+
+using Lines = VXVector<String>;
 
 class CallbackTest : public ::testing::Test {
 protected:
@@ -72,26 +76,32 @@ protected:
     Recorder rec_;
 };
 
-TEST_F(CallbackTest, NewUpdatedAndDeletedEntriesArriveReadable) {
+TEST_F(CallbackTest, ChangesArriveReadableAfterTheCommit) {
     ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
-    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    uint64_t eth0 = 0, eth1 = 0;
+    {
+        DB::Transaction tx(DB::TRANSACTION_WRITE, db_);
+        ASSERT_TRUE(tx.start().isSuccess());
+        DB::ObjWrite w(tx);
+        ASSERT_TRUE(w.insert("Interface", {{"name", "eth0"}}, &eth0).isSuccess());
+        ASSERT_TRUE(w.insert("Interface", {{"name", "eth1"}, {"mtu", "1280"}}, &eth1).isSuccess());
+        EXPECT_TRUE(rec_.seen.empty());
+        ASSERT_TRUE(tx.commit().isSuccess());
+    }
     ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
                     return w.update("Interface", eth0, {{"mtu", "9000"}});
                 }).isSuccess());
+    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
+                    XCode rc = w.update("Interface", eth0, {{"mtu", "9000"}});  // no change
+                    return rc.isSuccess() ? w.update("Interface", eth0, {{"name", "wan0"}}) : rc;
+                }).isSuccess());
     ASSERT_TRUE(
         inWrite(db_, [&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
-    ASSERT_EQ(rec_.seen.size(), 3u);
-    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_NEW);
-    EXPECT_EQ(rec_.seen[0].mtu, "1500");
-    EXPECT_EQ(rec_.seen[1].type, DB::EVENT_UPDATE);
-    EXPECT_EQ(rec_.seen[1].mtu, "9000");
-    EXPECT_EQ(rec_.seen[2].type, DB::EVENT_DELETE);
-    EXPECT_EQ(rec_.seen[2].mtu, "9000");
-    for (const Seen& s : rec_.seen) {
-        EXPECT_EQ(s.table, "Interface");
-        EXPECT_EQ(s.uid, eth0);
-        EXPECT_EQ(s.key, "eth0");
-    }
+    // A new identifier is the old entry deleted and a new one, with its UID.
+    EXPECT_EQ(rec_.seen, (Lines{"NEW Interface eth0 mtu=1500", "NEW Interface eth1 mtu=1280",
+                                "UPDATE Interface eth0 mtu=9000", "DELETE Interface eth0 mtu=9000",
+                                "NEW Interface wan0 mtu=9000", "DELETE Interface wan0 mtu=9000"}));
+    EXPECT_EQ(rec_.uids, (VXVector<uint64_t>{eth0, eth1, eth0, eth0, eth0, eth0}));
 }
 
 TEST_F(CallbackTest, DeletedChildrenStillNameTheirDeletedParent) {
@@ -103,30 +113,9 @@ TEST_F(CallbackTest, DeletedChildrenStillNameTheirDeletedParent) {
     rec_.seen.clear();
     ASSERT_TRUE(
         inWrite(db_, [&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
-    ASSERT_EQ(rec_.seen.size(), 3u);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(rec_.seen[i].type, DB::EVENT_DELETE);
-        EXPECT_EQ(rec_.seen[i].table, "Address");
-        EXPECT_EQ(rec_.seen[i].parent, "eth0");
-    }
-    EXPECT_EQ(rec_.seen[0].key, "10.0.0.1");
-    EXPECT_EQ(rec_.seen[1].key, "10.0.0.2");
-    EXPECT_EQ(rec_.seen[2].table, "Interface");
-    EXPECT_EQ(rec_.seen[2].key, "eth0");
-}
-
-TEST_F(CallbackTest, ChangesArriveOnlyAfterTheCommit) {
-    ASSERT_TRUE(rec_.watch(db_, "Port").isSuccess());
-    DB::Transaction tx(DB::TRANSACTION_WRITE, db_);
-    ASSERT_TRUE(tx.start().isSuccess());
-    DB::ObjWrite w(tx);
-    ASSERT_TRUE(w.insert("Port", {{"number", "1"}}).isSuccess());
-    ASSERT_TRUE(w.insert("Port", {{"number", "2"}}).isSuccess());
-    EXPECT_TRUE(rec_.seen.empty());
-    ASSERT_TRUE(tx.commit().isSuccess());
-    ASSERT_EQ(rec_.seen.size(), 2u);
-    EXPECT_EQ(rec_.seen[0].key, "1");
-    EXPECT_EQ(rec_.seen[1].key, "2");
+    EXPECT_EQ(rec_.seen,
+              (Lines{"DELETE Address 10.0.0.1 parent=eth0", "DELETE Address 10.0.0.2 parent=eth0",
+                     "DELETE Interface eth0 mtu=1500"}));
 }
 
 TEST_F(CallbackTest, RolledBackAndFailedChangesReachNobody) {
@@ -154,12 +143,7 @@ TEST_F(CallbackTest, RolledBackAndFailedChangesReachNobody) {
     });
     ASSERT_TRUE(rc.isSuccess());
     EXPECT_TRUE(rec_.seen.empty());
-    // The rolled-back delete left the child too.
-    DB::Transaction tx(DB::TRANSACTION_READ, db_);
-    ASSERT_TRUE(tx.start().isSuccess());
-    DB::ObjRead address(tx);
-    ASSERT_TRUE(address.setStructNo(4).isSuccess());
-    EXPECT_TRUE(address.readFirst().isSuccess());
+    EXPECT_EQ(dbtest::uids(db_, "Address").size(), 1u);  // the rolled-back delete left it
 }
 
 TEST_F(CallbackTest, RegistrationsArePerTableAndEventType) {
@@ -173,12 +157,8 @@ TEST_F(CallbackTest, RegistrationsArePerTableAndEventType) {
                     XCode rc = w.update("Port", port, {{"vlan", "5"}});
                     return rc.isSuccess() ? w.update("Interface", eth0, {{"mtu", "1280"}}) : rc;
                 }).isSuccess());
-    ASSERT_EQ(rec_.seen.size(), 1u);
-    EXPECT_EQ(rec_.seen[0].table, "Port");
-    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_NEW);
-    ASSERT_EQ(other.seen.size(), 1u);
-    EXPECT_EQ(other.seen[0].table, "Interface");
-    EXPECT_EQ(other.seen[0].mtu, "1280");
+    EXPECT_EQ(rec_.seen, (Lines{"NEW Port 1"}));
+    EXPECT_EQ(other.seen, (Lines{"UPDATE Interface eth0 mtu=1280"}));
 }
 
 TEST_F(CallbackTest, RegistrationsTakeEffectAtTheirCommit) {
@@ -221,22 +201,6 @@ TEST_F(CallbackTest, RegistrationsTakeEffectAtTheirCommit) {
     }
 }
 
-TEST_F(CallbackTest, ChangingTheIdentifierIsADeleteAndANewEntry) {
-    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
-    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
-    rec_.seen.clear();
-    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
-                    XCode rc = w.update("Interface", eth0, {{"mtu", "1500"}});  // no change
-                    return rc.isSuccess() ? w.update("Interface", eth0, {{"name", "wan0"}}) : rc;
-                }).isSuccess());
-    ASSERT_EQ(rec_.seen.size(), 2u);
-    EXPECT_EQ(rec_.seen[0].type, DB::EVENT_DELETE);
-    EXPECT_EQ(rec_.seen[0].key, "eth0");
-    EXPECT_EQ(rec_.seen[1].type, DB::EVENT_NEW);
-    EXPECT_EQ(rec_.seen[1].key, "wan0");
-    EXPECT_EQ(rec_.seen[1].uid, eth0);
-}
-
 TEST_F(CallbackTest, QueuedDeliveryWaitsForTheOwner) {
     Recorder queued(VX::ComponentManager::DELIVER_QUEUED);
     ASSERT_TRUE(queued.watch(db_, "Interface").isSuccess());
@@ -246,43 +210,34 @@ TEST_F(CallbackTest, QueuedDeliveryWaitsForTheOwner) {
     EXPECT_TRUE(queued.seen.empty());
     EXPECT_EQ(queued.manager_.getNumberOfQueuedEvents(), 2u);
     EXPECT_EQ(queued.manager_.processQueuedEvents(), 2u);
-    ASSERT_EQ(queued.seen.size(), 2u);
-    EXPECT_EQ(queued.seen[1].type, DB::EVENT_DELETE);
-    EXPECT_EQ(queued.seen[1].key, "eth0");
+    EXPECT_EQ(queued.seen,
+              (Lines{"NEW Interface eth0 mtu=1500", "DELETE Interface eth0 mtu=1500"}));
     EXPECT_EQ(queued.manager_.processQueuedEvents(), 0u);
 }
 
+// Managers destroyed before a change, or by a handler of their own during
+// the delivery, and removed handlers hear nothing; the others go on hearing.
 TEST_F(CallbackTest, DestroyedManagersAndRemovedHandlersHearNothing) {
     auto gone = std::make_unique<Recorder>();
     ASSERT_TRUE(gone->watch(db_, "Interface").isSuccess());
     gone.reset();
+    auto owner = std::make_unique<VX::ComponentManager>("short-lived");
+    int after = 0;
+    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { owner.reset(); });
+    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { ++after; });
+    ASSERT_TRUE(registerFor(db_, "Interface", DB::EVENT_NEW, owner.get()).isSuccess());
     unsigned calls = 0;
     unsigned id = rec_.manager_.addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { ++calls; });
     ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
     dbtest::addInterface(db_, "eth0");
+    EXPECT_FALSE(owner);
+    EXPECT_EQ(after, 0);  // nothing of a destroyed manager runs
     EXPECT_EQ(calls, 1u);
     EXPECT_TRUE(rec_.manager_.removeDatabaseHandler(id));
     EXPECT_FALSE(rec_.manager_.removeDatabaseHandler(id));
     dbtest::addInterface(db_, "eth1");
     EXPECT_EQ(calls, 1u);
     EXPECT_EQ(rec_.seen.size(), 2u);
-}
-
-TEST_F(CallbackTest, AHandlerMayDestroyItsManager) {
-    auto owner = std::make_unique<VX::ComponentManager>("short-lived");
-    int after = 0;
-    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { owner.reset(); });
-    owner->addDatabaseHandler([&](DB::EventType_, DB::ObjRead&) { ++after; });
-    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
-    ASSERT_TRUE(tx.start().isSuccess());
-    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, owner.get()).isSuccess());
-    ASSERT_TRUE(tx.commit().isSuccess());
-    ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
-    dbtest::addInterface(db_, "eth0");
-    EXPECT_FALSE(owner);
-    EXPECT_EQ(after, 0);  // nothing of a destroyed manager runs
-    dbtest::addInterface(db_, "eth1");
-    EXPECT_EQ(rec_.seen.size(), 2u);  // the others go on hearing
 }
 
 // A handler that waits for a lock (as a tracker waits for the engine lock)
@@ -299,10 +254,7 @@ TEST_F(CallbackTest, AWaitingHandlerBlocksNoOtherDelivery) {
         VXAutoLock hold(engine);
         ++delivered;
     });
-    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
-    ASSERT_TRUE(tx.start().isSuccess());
-    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &manager).isSuccess());
-    ASSERT_TRUE(tx.commit().isSuccess());
+    ASSERT_TRUE(registerFor(db_, "Interface", DB::EVENT_NEW, &manager).isSuccess());
 
     engine.lock();
     std::thread writer([&] {
@@ -325,20 +277,14 @@ TEST_F(CallbackTest, HandlersMayWriteAndTheirChangesFollow) {
         String number = String::stringOf(static_cast<unsigned long long>(e.getUID()));
         EXPECT_TRUE(insert(db_, "Port", {{"number", number}}) != 0);
     });
-    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
-    ASSERT_TRUE(tx.start().isSuccess());
-    ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &builder).isSuccess());
-    ASSERT_TRUE(tx.commit().isSuccess());
+    ASSERT_TRUE(registerFor(db_, "Interface", DB::EVENT_NEW, &builder).isSuccess());
     ASSERT_TRUE(rec_.watch(db_, "Port").isSuccess());
     ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
 
     uint64_t eth0 = dbtest::addInterface(db_, "eth0");
     // The builder ran first (registered first) and its port was delivered
     // before the recorder heard of the interface.
-    ASSERT_EQ(rec_.seen.size(), 2u);
-    EXPECT_EQ(rec_.seen[0].table, "Port");
-    EXPECT_EQ(rec_.seen[0].key, String::stringOf(static_cast<unsigned long long>(eth0)));
-    EXPECT_EQ(rec_.seen[1].table, "Interface");
+    EXPECT_EQ(rec_.seen, (Lines{"NEW Port " + dbtest::text(eth0), "NEW Interface eth0 mtu=1500"}));
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 // Shared set-up of the database layer's tests: the example device schema (the
 // one the configuration component ships, examples/network_device.sql) in a
 // real SQLite database in memory or in a temporary file, and helpers that
-// write entries in their own transactions.
+// write entries, register for changes and read entries back, each in a
+// transaction of its own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -52,6 +53,17 @@ XCode inWrite(const VXPtr<DB::Database>& db, F write) {
     return tx.commit();
 }
 
+// Field values written as "name=value,name=value" (values without commas).
+inline DB::ObjWrite::Values values(const std::string& list) {
+    DB::ObjWrite::Values out;
+    std::istringstream in(list);
+    for (std::string item; std::getline(in, item, ',');) {
+        const size_t eq = item.find('=');
+        out.emplace_back(String(item.substr(0, eq)), String(item.substr(eq + 1)));
+    }
+    return out;
+}
+
 // Inserts one entry in its own transaction; returns its UID (0 on failure,
 // which is also a test failure).
 inline uint64_t insert(const VXPtr<DB::Database>& db, const String& table,
@@ -80,6 +92,46 @@ inline uint64_t addAddress(const VXPtr<DB::Database>& db, uint64_t interfaceUid,
                    {"id", id},
                    {"ip", ip},
                    {"prefixLength", "24"}});
+}
+
+// Registers `manager` for `type` changes of `table` in a callback transaction
+// of its own.
+inline XCode registerFor(const VXPtr<DB::Database>& db, const char* table, DB::EventType_ type,
+                         VX::ComponentManager* manager) {
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db);
+    XCode rc = tx.start();
+    if (rc.isSuccess()) {
+        rc = DB::REGISTER_CALLBACK(tx, tx.getBase().getStructNo(table), type,
+                                   DB::CALLBACK_AFTER_COMMIT, manager);
+    }
+    return rc.isSuccess() ? tx.commit() : rc;
+}
+
+// The UIDs of the entries of `table`, in reading order.
+inline VXVector<uint64_t> uids(const VXPtr<DB::Database>& db, const char* table) {
+    DB::Transaction tx(DB::TRANSACTION_READ, db);
+    EXPECT_TRUE(tx.start().isSuccess());
+    DB::ObjRead e(tx);
+    EXPECT_TRUE(e.setStructNo(tx.getBase().getStructNo(table)).isSuccess()) << table;
+    VXVector<uint64_t> out;
+    for (XCode rc = e.readFirst(); rc.isSuccess(); rc = e.readNext()) out.push_back(e.getUID());
+    return out;
+}
+
+// The text of field `name` of the entry `uid` of `table` ("" when none).
+inline String field(const VXPtr<DB::Database>& db, const char* table, uint64_t uid,
+                    const char* name) {
+    DB::Transaction tx(DB::TRANSACTION_READ, db);
+    EXPECT_TRUE(tx.start().isSuccess());
+    DB::ObjRead e(tx);
+    EXPECT_TRUE(e.setStructNo(tx.getBase().getStructNo(table)).isSuccess()) << table;
+    String out;
+    for (XCode rc = e.readFirst(); rc.isSuccess(); rc = e.readNext()) {
+        if (e.getUID() == uid) {
+            EXPECT_TRUE(e.getAsString(name, out).isSuccess()) << name;
+        }
+    }
+    return out;
 }
 
 // A file path in the temporary directory, removed with the object.

@@ -1,10 +1,13 @@
 // Reading entries: key look-ups (with a parent in the key, signed keys set
-// through the 32-bit setter), first and next entry, typed reads and their
-// type compatibility, getAsString per type, parents filtered by objType and
-// objStatus, and values written past the layer.
+// through the 32-bit setter), first and next entry, getAsString and typed
+// reads per field type (which C++ types fit which field types), parents
+// filtered by objType and objStatus, and values written past the layer.
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <utility>
 
 #include "db_test_support.h"
 
@@ -12,6 +15,7 @@ namespace {
 
 using dbtest::insert;
 using dbtest::text;
+using dbtest::values;
 
 class ReadTest : public ::testing::Test {
 protected:
@@ -59,20 +63,15 @@ protected:
 TEST_F(ReadTest, LookupWithParentInTheKey) {
     DB::ObjRead entry(tx_);
     String ip;
-    ASSERT_TRUE(find(entry, "Address", {"1"}, eth1_).isSuccess());
-    ASSERT_TRUE(entry.get("ip", ip).isSuccess());
-    EXPECT_EQ(ip, "10.0.1.1");
-    EXPECT_EQ(entry.getStructName(), "Address");
-    EXPECT_EQ(entry.getStructNo(), 4);
-    uint64_t uid = entry.getUID();
-
-    ASSERT_TRUE(find(entry, "Address", {"1"}, eth0_).isSuccess());
-    ASSERT_TRUE(entry.get("ip", ip).isSuccess());
-    EXPECT_EQ(ip, "10.0.0.1");
-    EXPECT_NE(entry.getUID(), uid);
-
+    for (auto [parent, expected] : {std::pair{eth1_, "10.0.1.1"}, std::pair{eth0_, "10.0.0.1"}}) {
+        ASSERT_TRUE(find(entry, "Address", {"1"}, parent).isSuccess());
+        ASSERT_TRUE(entry.get("ip", ip).isSuccess());
+        EXPECT_EQ(ip, expected);
+        EXPECT_EQ(entry.getStructName(), "Address");
+        EXPECT_EQ(entry.getStructNo(), 4);
+    }
     // A failed look-up leaves the entry where it was.
-    uid = entry.getUID();
+    const uint64_t uid = entry.getUID();
     XCode rc = find(entry, "Address", {"9"}, eth0_);
     EXPECT_EQ(rc.getValue(), DB::E_NOT_FOUND);
     EXPECT_EQ(rc.getString(), "DATABASE ENTRY NOT FOUND: Address");
@@ -118,8 +117,8 @@ TEST_F(ReadTest, SignedKeysThroughTheUnsignedSetter) {
                          "huge U64 NOT NULL, tag TEXT);"
                          "CREATE UNIQUE INDEX identifier_Offset ON Offset (small, big, huge);")
             .isSuccess());
-    insert(db_, "Offset", {{"small", "-5"}, {"big", "-7"}, {"huge", "4294967295"}, {"tag", "neg"}});
-    insert(db_, "Offset", {{"small", "5"}, {"big", "7"}, {"huge", "1"}, {"tag", "pos"}});
+    insert(db_, "Offset", values("small=-5,big=-7,huge=4294967295,tag=neg"));
+    insert(db_, "Offset", values("small=5,big=7,huge=1,tag=pos"));
     DB::Transaction tx(DB::TRANSACTION_READ, db_);
     ASSERT_TRUE(tx.start().isSuccess());
     uint16_t offset = tx.getBase().getStructNo("Offset");
@@ -167,20 +166,12 @@ protected:
         ReadTest::SetUp();
         ASSERT_TRUE(tx_.commit().isSuccess());
         insert(db_, "System",
-               {{"bootCount", "4294967295"},
-                {"timezoneOffset", "-128"},
-                {"clockDrift", "-9223372036854775808"},
-                {"uptimeReading", "0"},
-                {"maintenance.window.start", "90"}});
+               values("bootCount=4294967295,timezoneOffset=-128,clockDrift=-9223372036854775808,"
+                      "uptimeReading=0,maintenance.window.start=90"));
         insert(db_, "Port",
-               {{"number", "65535"},
-                {"delayOffset", "-5"},
-                {"temperature", "-2147483648"},
-                {"rxPower", "-42"},
-                {"counters.inOctets", "18446744073709551615"},
-                {"priority", "127"}});
-        insert(db_, "Interface",
-               {{"name", "lo"}, {"speed", "0x10"}, {"state.oper", "true"}, {"rxGain", "0.1"}});
+               values("number=65535,delayOffset=-5,temperature=-2147483648,rxPower=-42,"
+                      "counters.inOctets=18446744073709551615,priority=127"));
+        insert(db_, "Interface", values("name=lo,speed=0x10,state.oper=true,rxGain=0.1"));
         ASSERT_TRUE(tx_.start().isSuccess());
         ASSERT_TRUE(system_.setStructNo(no("System")).isSuccess());
         ASSERT_TRUE(system_.readFirst().isSuccess());
@@ -190,37 +181,79 @@ protected:
     DB::ObjRead system_{tx_}, port_{tx_}, lo_{tx_};
 };
 
-TEST_F(ValuesTest, AsStringPerType) {
+// Reads `field` of `e` as a T; `text` is the value read, printed.
+template <typename T>
+XCode readAs(const DB::ObjRead& e, const char* field, std::string& text) {
+    T value{};
+    XCode rc = e.get(field, value);
+    std::ostringstream out;
+    if constexpr (std::is_same_v<T, String>) {
+        out << value.str();
+    } else {
+        out << std::boolalpha << value;
+    }
+    text = out.str();
+    return rc;
+}
+
+// The C++ types a field may be read into, one bit each in Case::fits.
+enum Target { UINT = 1, ULL = 2, INT = 4, LL = 8, BOOL = 16, STR = 32, DBL = 64 };
+const int UNSIGNED_SMALL = UINT | ULL | INT | LL;  // U8, U16
+XCode (*const READERS[])(const DB::ObjRead&, const char*, std::string&) = {
+    readAs<unsigned>, readAs<unsigned long long>,
+    readAs<int>,      readAs<long long>,
+    readAs<bool>,     readAs<String>,
+    readAs<double>};
+
+// Every field as text, and read into each C++ type: exactly the types that
+// hold every value of the field type read it, and read the same value.
+TEST_F(ValuesTest, ReadsAsStringAndAsTheTypesThatFit) {
     struct Case {
         DB::ObjRead* entry;
         const char* field;
         const char* text;
+        int fits;
     } cases[] = {
-        {&port_, "objType", "2"},
-        {&port_, "number", "65535"},
-        {&system_, "bootCount", "4294967295"},
-        {&port_, "counters.inOctets", "18446744073709551615"},
-        {&lo_, "speed", "16"},
-        {&system_, "timezoneOffset", "-128"},
-        {&port_, "delayOffset", "-5"},
-        {&port_, "temperature", "-2147483648"},
-        {&system_, "clockDrift", "-9223372036854775808"},
-        {&port_, "rxPower", "-42"},
-        {&system_, "uptimeReading", "0"},
-        {&lo_, "name", "lo"},
-        {&system_, "hostname", "device"},  // SQL default
-        {&lo_, "state.oper", "true"},
-        {&lo_, "state.admin", "true"},
-        {&system_, "maintenance.enabled", "false"},
-        {&lo_, "rxGain", "0.1"},
-        {&lo_, "mtu", "1500"},
-        {&system_, "maintenance.window.start", "90"},
+        {&port_, "objType", "2", UNSIGNED_SMALL},
+        {&port_, "number", "65535", UNSIGNED_SMALL},
+        {&lo_, "mtu", "1500", UNSIGNED_SMALL},
+        {&system_, "maintenance.window.start", "90", UNSIGNED_SMALL},
+        {&system_, "bootCount", "4294967295", UINT | ULL | LL},
+        {&port_, "counters.inOctets", "18446744073709551615", ULL},
+        {&lo_, "speed", "16", ULL},
+        {&system_, "timezoneOffset", "-128", INT | LL},
+        {&port_, "priority", "127", INT | LL},
+        {&port_, "delayOffset", "-5", INT | LL},
+        {&port_, "temperature", "-2147483648", INT | LL},
+        {&system_, "clockDrift", "-9223372036854775808", LL},
+        {&port_, "rxPower", "-42", LL},
+        {&system_, "uptimeReading", "0", LL},
+        {&lo_, "name", "lo", STR},
+        {&system_, "hostname", "device", STR},  // SQL default
+        {&lo_, "state.oper", "true", BOOL},
+        {&lo_, "state.admin", "true", BOOL},
+        {&system_, "maintenance.enabled", "false", BOOL},
+        {&lo_, "rxGain", "0.1", DBL},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.field);
         String s;
         XCode rc = c.entry->getAsString(c.field, s);
-        EXPECT_TRUE(rc.isSuccess()) << c.field << ": " << rc.toString().c_str();
-        EXPECT_EQ(s, c.text) << c.field;
+        EXPECT_TRUE(rc.isSuccess()) << rc.toString().c_str();
+        EXPECT_EQ(s, c.text);
+        for (int bit = 0; bit < 7; ++bit) {
+            const int t = 1 << bit;
+            std::string text;
+            rc = READERS[bit](*c.entry, c.field, text);
+            if (c.fits & t) {
+                EXPECT_TRUE(rc.isSuccess()) << "target " << t;
+                EXPECT_EQ(text, c.text) << "target " << t;
+            } else {
+                EXPECT_EQ(rc.getString(),
+                          "FIELD TYPE MISMATCH: " + c.entry->getStructName() + "." + c.field)
+                    << "target " << t;
+            }
+        }
     }
     String s = "unchanged";
     EXPECT_EQ(lo_.getAsString("state", s).getString(), "FIELD IS A STRUCTURE: Interface.state");
@@ -233,79 +266,12 @@ TEST_F(ValuesTest, AsStringPerType) {
     EXPECT_EQ(s, "unchanged");
 }
 
-// Which C++ type reads which field type: exactly those that hold every value.
-TEST_F(ValuesTest, TypedReadsAcceptTheTypesThatFit) {
-    enum Target { UINT, ULL, INT, LL, BOOL, STR, DBL };
-    struct Case {
-        const char* field;  // of Port, or of Interface after "if."
-        VXVector<Target> fits;
-    } cases[] = {
-        {"objType", {UINT, ULL, INT, LL}},  // U8
-        {"number", {UINT, ULL, INT, LL}},   // U16
-        {"if.mtu", {UINT, ULL, INT, LL}},   // U16
-        {"counters.inOctets", {ULL}},       // U64
-        {"priority", {INT, LL}},            // S8
-        {"delayOffset", {INT, LL}},         // S16
-        {"temperature", {INT, LL}},         // S32
-        {"rxPower", {LL}},                  // READING
-        {"state.admin", {BOOL}},            // BOOL
-        {"if.name", {STR}},                 // CHAR
-        {"if.rxGain", {DBL}},               // REAL
-    };
-    for (const Case& c : cases) {
-        String field = c.field;
-        DB::ObjRead& e = field.startsWith("if.") ? lo_ : port_;
-        if (field.startsWith("if.")) field = field.substring(3);
-        for (Target t : {UINT, ULL, INT, LL, BOOL, STR, DBL}) {
-            unsigned u = 0;
-            unsigned long long ull = 0;
-            int i = 0;
-            long long ll = 0;
-            bool b = false;
-            String s;
-            double d = 0;
-            XCode rc = t == UINT   ? e.get(field, u)
-                       : t == ULL  ? e.get(field, ull)
-                       : t == INT  ? e.get(field, i)
-                       : t == LL   ? e.get(field, ll)
-                       : t == BOOL ? e.get(field, b)
-                       : t == STR  ? e.get(field, s)
-                                   : e.get(field, d);
-            bool fits = std::find(c.fits.begin(), c.fits.end(), t) != c.fits.end();
-            EXPECT_EQ(rc.isSuccess(), fits) << c.field << " as target " << t;
-            if (!fits) {
-                EXPECT_EQ(rc.getString(),
-                          "FIELD TYPE MISMATCH: " + e.getStructName() + "." + field);
-            }
-        }
-    }
-}
-
-TEST_F(ValuesTest, TypedReadsGiveTheStoredNumbers) {
-    int i = 0;
-    long long ll = 0;
-    unsigned long long ull = 0;
-    unsigned u = 0;
-    bool b = false;
-    double d = 0;
-    ASSERT_TRUE(port_.get("delayOffset", i).isSuccess());
-    EXPECT_EQ(i, -5);
-    ASSERT_TRUE(port_.get("temperature", ll).isSuccess());
-    EXPECT_EQ(ll, std::numeric_limits<int32_t>::min());
-    ASSERT_TRUE(system_.get("clockDrift", ll).isSuccess());
-    EXPECT_EQ(ll, std::numeric_limits<long long>::min());
-    ASSERT_TRUE(port_.get("counters.inOctets", ull).isSuccess());
-    EXPECT_EQ(ull, std::numeric_limits<unsigned long long>::max());
-    ASSERT_TRUE(system_.get("bootCount", u).isSuccess());
-    EXPECT_EQ(u, 4294967295u);
-    ASSERT_TRUE(lo_.get("state.oper", b).isSuccess());
-    EXPECT_TRUE(b);
-    ASSERT_TRUE(lo_.get("rxGain", d).isSuccess());
-    EXPECT_EQ(d, 0.1);
-}
-
 TEST_F(ReadTest, ParentsFilteredByTypeAndStatus) {
-    DB::ObjRead address(tx_), parent;
+    ASSERT_TRUE(tx_.commit().isSuccess());
+    insert(db_, "Address",
+           values("parent.parentStructNo=0,parent.parentId=0,id=7,ip=::1,prefixLength=128"));
+    ASSERT_TRUE(tx_.start().isSuccess());
+    DB::ObjRead address(tx_), parent, other;
     ASSERT_TRUE(find(address, "Address", {"1"}, eth1_).isSuccess());
     EXPECT_TRUE(address.hasParent());
     ASSERT_TRUE(address.getParentObj(parent, 2, 10).isSuccess());
@@ -316,28 +282,16 @@ TEST_F(ReadTest, ParentsFilteredByTypeAndStatus) {
     EXPECT_EQ(name, "eth1");
     EXPECT_FALSE(parent.hasParent());
 
-    DB::ObjRead other;
     XCode rc = address.getParentObj(other, 2, 11);
     EXPECT_EQ(rc.getValue(), DB::E_NOT_FOUND);
     EXPECT_EQ(rc.getString(), "PARENT DATABASE ENTRY NOT FOUND: Address");
     EXPECT_FALSE(other.hasEntry());
     EXPECT_EQ(parent.getParentObj(other, 2, 10).getString(),
               "DATABASE ENTRY HAS NO PARENT: Interface");
-}
-
-TEST_F(ReadTest, EntryWithoutParentReference) {
-    ASSERT_TRUE(tx_.commit().isSuccess());
-    insert(db_, "Address",
-           {{"parent.parentStructNo", "0"},
-            {"parent.parentId", "0"},
-            {"id", "7"},
-            {"ip", "::1"},
-            {"prefixLength", "128"}});
-    ASSERT_TRUE(tx_.start().isSuccess());
-    DB::ObjRead address(tx_), parent;
+    // A parent reference of zeros is none.
     ASSERT_TRUE(find(address, "Address", {"7"}, 0, 0).isSuccess());
     EXPECT_FALSE(address.hasParent());
-    EXPECT_EQ(address.getParentObj(parent, 2, 10).getString(),
+    EXPECT_EQ(address.getParentObj(other, 2, 10).getString(),
               "DATABASE ENTRY HAS NO PARENT: Address");
 }
 

@@ -82,13 +82,8 @@ TEST(SchemaTest, BadSchemasAreRefusedAndLeaveTheDatabaseAsItWas) {
     }
     // Nothing of any of them stayed: T can be made now, and the data is there.
     ASSERT_TRUE(db->applySchema("CREATE TABLE T (a U8)").isSuccess());
-    DB::Transaction tx(DB::TRANSACTION_READ, db);
-    ASSERT_TRUE(tx.start().isSuccess());
-    DB::ObjRead entry(tx);
-    ASSERT_TRUE(entry.setStructNo(tx.getBase().getStructNo("Interface")).isSuccess());
-    ASSERT_TRUE(entry.readFirst().isSuccess());
-    EXPECT_EQ(entry.getUID(), eth0);
-    EXPECT_EQ(tx.getBase().getStructNo("T"), 6);
+    EXPECT_EQ(db->getBase()->getStructNo("T"), 6);
+    EXPECT_EQ(dbtest::uids(db, "Interface"), (VXVector<uint64_t>{eth0}));
 }
 
 TEST(SchemaTest, SchemaFileThatCannotBeRead) {
@@ -101,25 +96,19 @@ TEST(SchemaTest, SchemaFileThatCannotBeRead) {
 
 TEST(SchemaTest, FileDatabaseKeepsItsEntriesAndOpensReadOnly) {
     TempFile file("persist");
+    uint64_t eth0 = 0;
     {
         VXPtr<DB::Database> db;
         ASSERT_TRUE(DB::Database::OPEN(db, file.path(), DB::Database::OPEN_CREATE).isSuccess());
         ASSERT_TRUE(db->applySchemaFile(dbtest::schemaPath()).isSuccess());
-        dbtest::addInterface(db, "eth0");
+        eth0 = dbtest::addInterface(db, "eth0");
     }
     VXPtr<DB::Database> db;
     ASSERT_TRUE(DB::Database::OPEN(db, file.path(), DB::Database::OPEN_READ_ONLY).isSuccess());
     EXPECT_EQ(db->getPath(), file.path());
     EXPECT_EQ(db->getBase()->getStructNo("Route"), 5);
-    DB::Transaction tx(DB::TRANSACTION_READ, db);
-    ASSERT_TRUE(tx.start().isSuccess());
-    DB::ObjRead entry(tx);
-    ASSERT_TRUE(entry.setStructNo(2).isSuccess());
-    ASSERT_TRUE(entry.readFirst().isSuccess());
-    String name;
-    ASSERT_TRUE(entry.get("name", name).isSuccess());
-    EXPECT_EQ(name, "eth0");
-    ASSERT_TRUE(tx.commit().isSuccess());
+    EXPECT_EQ(dbtest::uids(db, "Interface"), (VXVector<uint64_t>{eth0}));
+    EXPECT_EQ(dbtest::field(db, "Interface", eth0, "name"), "eth0");
 
     XCode rc = dbtest::inWrite(db, [](DB::ObjWrite& w) {
         return w.insert("Interface", {{"name", "eth1"}});
