@@ -1,7 +1,8 @@
 // Tracking "db." variables through the Repository: the value read when
 // tracking starts, entries that appear later, updates and deletes (also of a
-// parent), several variables on one entry, stopping, registrations per
-// table, failures with the variable's name, and the log lines.
+// parent) reaching the variables and an expression over them, several
+// variables on one entry until they stop, observation per table and entry,
+// failures with the variable's name, and the log lines.
 #include <gtest/gtest.h>
 
 #include "database/tracker_test_support.h"
@@ -11,21 +12,39 @@ namespace {
 
 using dbtest::insert;
 
+// A variable, an expression over it and a child entry's variable follow
+// committed changes: updates, the deletion (of the parent too) to #N/A!, and
+// an entry of the same identifier made again.
 TEST_F(TrackerTest, FollowsUpdatesDeletesAndNewEntries) {
     uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    dbtest::addAddress(db_, eth0, "1", "10.0.0.1");
     ASSERT_TRUE(track("db.Interface:eth0.mtu").isSuccess());
+    ASSERT_TRUE(track("db.Interface:eth0.Address:1.ip").isSuccess());
+    {
+        VXLockPtr<Repository> repository(Repository::INSTANCE());
+        ASSERT_TRUE(
+            repository->createExpression("", "trackerTest.jumbo", "db.Interface:eth0.mtu > 1500")
+                .isSuccess());
+    }
+    variables_.push_back("trackerTest.jumbo");
     EXPECT_EQ(valueOf("db.Interface:eth0.mtu"), U(1500));
+    EXPECT_EQ(valueOf("db.Interface:eth0.Address:1.ip"), S("10.0.0.1"));
+    EXPECT_EQ(valueOf("trackerTest.jumbo"), Value(false));
 
     ASSERT_TRUE(write([&](DB::ObjWrite& w) {
                     return w.update("Interface", eth0, {{"mtu", "9000"}});
                 }).isSuccess());
     EXPECT_EQ(valueOf("db.Interface:eth0.mtu"), U(9000));
+    EXPECT_EQ(valueOf("trackerTest.jumbo"), Value(true));
 
     ASSERT_TRUE(write([&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
     EXPECT_EQ(valueOf("db.Interface:eth0.mtu"), kNA);
+    EXPECT_EQ(valueOf("db.Interface:eth0.Address:1.ip"), kNA);
+    EXPECT_EQ(valueOf("trackerTest.jumbo"), kNA);
 
     insert(db_, "Interface", {{"name", "eth0"}, {"mtu", "1280"}});
     EXPECT_EQ(valueOf("db.Interface:eth0.mtu"), U(1280));
+    EXPECT_EQ(valueOf("trackerTest.jumbo"), Value(false));
 }
 
 TEST_F(TrackerTest, EntryThatDoesNotExistYet) {
@@ -43,59 +62,40 @@ TEST_F(TrackerTest, EntryThatDoesNotExistYet) {
     EXPECT_EQ(valueOf("db.Port:3.delayOffset"), F(-7.0));
 }
 
-TEST_F(TrackerTest, DeletingTheParentReachesTheChildsVariables) {
-    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
-    dbtest::addAddress(db_, eth0, "1", "10.0.0.1");
-    ASSERT_TRUE(track("db.Interface:eth0.Address:1.ip").isSuccess());
-    EXPECT_EQ(valueOf("db.Interface:eth0.Address:1.ip"), S("10.0.0.1"));
-    ASSERT_TRUE(write([&](DB::ObjWrite& w) { return w.remove("Interface", eth0); }).isSuccess());
-    EXPECT_EQ(valueOf("db.Interface:eth0.Address:1.ip"), kNA);
-}
-
-TEST_F(TrackerTest, OneUpdateReachesEveryVariableOfTheEntry) {
+// One update reaches every variable of the entry, until it stops tracking.
+// Each table is observed once with a count of its variables (kept at zero),
+// each entry once with all its variables.
+TEST_F(TrackerTest, VariablesOfOneEntryFollowItUntilStopped) {
     uint64_t port = insert(db_, "Port", {{"number", "1"}});
-    ASSERT_TRUE(track("db.Port:1.vlan").isSuccess());
+    dbtest::addInterface(db_, "eth0");
+    VXPPtr<IRead> vlan = variable("db.Port:1.vlan");
+    ASSERT_TRUE(tracker_.startTracking(vlan).isSuccess());
     ASSERT_TRUE(track("db.Port:1.state.admin").isSuccess());
     ASSERT_TRUE(track("db.Port:2.vlan").isSuccess());  // another entry
+    ASSERT_TRUE(track("db.Interface:eth0.mtu").isSuccess());
+    EXPECT_EQ(tracker_.getObservedTables(),
+              (VXStringHashTable<unsigned>{{"Interface", 1u}, {"Port", 3u}}));
+    EXPECT_EQ(tracker_.getObservedEntries().at("Port:1").size(), 2u);
     EXPECT_EQ(valueOf("db.Port:1.state.admin"), Value(true));
-    ASSERT_TRUE(write([&](DB::ObjWrite& w) {
-                    return w.update("Port", port, {{"vlan", "20"}, {"state.admin", "false"}});
-                }).isSuccess());
+    auto update = [&](const char* values) {
+        ASSERT_TRUE(write([&](DB::ObjWrite& w) {
+                        return w.update("Port", port, dbtest::values(values));
+                    }).isSuccess());
+    };
+    update("vlan=20,state.admin=false");
     EXPECT_EQ(valueOf("db.Port:1.vlan"), U(20));
     EXPECT_EQ(valueOf("db.Port:1.state.admin"), Value(false));
     EXPECT_EQ(valueOf("db.Port:2.vlan"), kNA);
-}
 
-TEST_F(TrackerTest, RegistrationsPerTable) {
-    dbtest::addInterface(db_, "eth0");
-    insert(db_, "Port", {{"number", "1"}});
-    ASSERT_TRUE(track("db.Port:1.vlan").isSuccess());
-    ASSERT_TRUE(track("db.Port:1.priority").isSuccess());
-    ASSERT_TRUE(track("db.Interface:eth0.mtu").isSuccess());
-    const auto& tables = tracker_.getObservedTables();
-    EXPECT_EQ(tables.size(), 2u);
-    EXPECT_EQ(tables.at("Port"), 2u);
-    EXPECT_EQ(tables.at("Interface"), 1u);
-    const auto& entries = tracker_.getObservedEntries();
-    ASSERT_EQ(entries.count("Port:1"), 1u);
-    EXPECT_EQ(entries.at("Port:1").size(), 2u);
-}
-
-TEST_F(TrackerTest, StoppedVariablesAreLeftAlone) {
-    uint64_t port = insert(db_, "Port", {{"number", "1"}});
-    VXPPtr<IRead> vlan = variable("db.Port:1.vlan");
-    ASSERT_TRUE(tracker_.startTracking(vlan).isSuccess());
-    ASSERT_TRUE(track("db.Port:1.priority").isSuccess());
     ASSERT_TRUE(tracker_.stopTracking(vlan).isSuccess());
-    ASSERT_TRUE(write([&](DB::ObjWrite& w) {
-                    return w.update("Port", port, {{"vlan", "30"}, {"priority", "3"}});
-                }).isSuccess());
-    EXPECT_EQ(valueOf("db.Port:1.vlan"), U(1));
-    EXPECT_EQ(valueOf("db.Port:1.priority"), U(3));
-    EXPECT_EQ(tracker_.getObservedTables().at("Port"), 1u);
-
-    VXPPtr<IRead> priority = variable("db.Port:1.priority");
-    ASSERT_TRUE(tracker_.stopTracking(priority).isSuccess());
+    update("vlan=30,state.admin=true");
+    EXPECT_EQ(valueOf("db.Port:1.vlan"), U(20));
+    EXPECT_EQ(valueOf("db.Port:1.state.admin"), Value(true));
+    EXPECT_EQ(tracker_.getObservedTables().at("Port"), 2u);
+    for (const char* name : {"db.Port:1.state.admin", "db.Port:2.vlan"}) {
+        VXPPtr<IRead> v = variable(name);
+        ASSERT_TRUE(tracker_.stopTracking(v).isSuccess()) << name;
+    }
     EXPECT_EQ(tracker_.getObservedTables().at("Port"), 0u);  // registrations stay
     EXPECT_EQ(tracker_.getObservedEntries().at("Port:1").size(), 0u);
 }
