@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
-#include "host/component_manager.h"
-#include "host/db.h"
-#include "host/function.h"
+#include "host/component/component_manager.h"
+#include "host/db/db.h"
+#include "host/runtime/function.h"
 #include "sysevent/database/database_tracker.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"

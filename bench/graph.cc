@@ -5,8 +5,8 @@
 
 #include <vector>
 
-#include "host/crit.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/value/value.h"

@@ -16,10 +16,10 @@
 #include <mutex>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/event_loop.h"
-#include "host/function.h"
-#include "host/manual_time.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/event_loop.h"
+#include "host/runtime/function.h"
+#include "host/runtime/manual_time.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/value/value.h"

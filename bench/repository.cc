@@ -13,7 +13,7 @@
 #include <jemalloc/jemalloc.h>
 #endif
 
-#include "host/crit.h"
+#include "host/runtime/crit.h"
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/repository/repository.h"
 

@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <mutex>
 
-#include "host/crit.h"
-#include "host/event_loop.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/event_loop.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"
 

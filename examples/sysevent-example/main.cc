@@ -5,7 +5,7 @@
 // (the observed names then report "#N/A!").
 #include <cstdio>
 
-#include "host/xcode.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/example_client.h"
 
 namespace {

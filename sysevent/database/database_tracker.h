@@ -18,12 +18,12 @@
 
 #include <cstdint>
 
-#include "host/component_manager.h"
-#include "host/containers.h"
-#include "host/db.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/component/component_manager.h"
+#include "host/runtime/containers.h"
+#include "host/db/db.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/value/value.h"
 

@@ -3,7 +3,7 @@
 // entry id of a changed entry.
 #include <cctype>
 
-#include "host/crit.h"
+#include "host/runtime/crit.h"
 #include "sysevent/database/database_tracker.h"
 
 namespace VX::SysEvent {

@@ -2,9 +2,9 @@
 // brackets, at level 2 on the engine monitor.
 #pragma once
 
-#include "host/crit.h"
-#include "host/monitor.h"
-#include "host/string.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/string.h"
 
 namespace VX::SysEvent::detail {
 

@@ -1,6 +1,6 @@
 // DatabaseTracker::Obj: one table specifier, and how it finds its entry: the
 // identifier key built from the specifier chain, or the table's first entry.
-#include "host/crit.h"
+#include "host/runtime/crit.h"
 #include "sysevent/database/database_tracker.h"
 
 namespace VX::SysEvent {

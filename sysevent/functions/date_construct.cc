@@ -4,7 +4,7 @@
 // wanted kind.
 #include "sysevent/functions/date_construct.h"
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 #include "sysevent/functions/function_support.h"
 #include "sysevent/graph/function_factory.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <ctime>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 #include "sysevent/functions/function_support.h"
 #include "sysevent/graph/function_factory.h"
 

@@ -5,8 +5,8 @@
 
 #include <cstring>
 
-#include "host/crit.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 

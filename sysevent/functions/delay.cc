@@ -2,8 +2,8 @@
 // ordered delivery of queued values.
 #include "sysevent/functions/delay.h"
 
-#include "host/crit.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 

@@ -11,7 +11,7 @@
 
 #include <cstddef>
 
-#include "host/containers.h"
+#include "host/runtime/containers.h"
 #include "sysevent/functions/event_timeout.h"
 #include "sysevent/graph/function_node.h"
 

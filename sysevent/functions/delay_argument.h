@@ -2,7 +2,7 @@
 // variants, DELAY, STABLE): a duration, read as whole milliseconds.
 #pragma once
 
-#include "host/xcode.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {

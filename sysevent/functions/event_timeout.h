@@ -15,9 +15,9 @@
 // see that no timer outlives its owner.
 #pragma once
 
-#include "host/crit.h"
-#include "host/event_loop.h"
-#include "host/xcode.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/event_loop.h"
+#include "host/runtime/xcode.h"
 
 namespace VX::SysEvent {
 

@@ -6,7 +6,7 @@
 
 #include <utility>
 
-#include "host/xcode.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/value/value.h"
 

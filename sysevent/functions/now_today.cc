@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "host/clock.h"
-#include "host/crit.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/crit.h"
 #include "sysevent/graph/function_factory.h"
 
 namespace VX::SysEvent {

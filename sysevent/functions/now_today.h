@@ -13,9 +13,9 @@
 // event loop, which holds it.
 #pragma once
 
-#include "host/containers.h"
-#include "host/event_loop.h"
-#include "host/ref_counted.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/event_loop.h"
+#include "host/runtime/ref_counted.h"
 #include "sysevent/graph/function_node.h"
 
 namespace VX::SysEvent {

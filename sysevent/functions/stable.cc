@@ -1,8 +1,8 @@
 // STABLE and its factory object.
 #include "sysevent/functions/stable.h"
 
-#include "host/crit.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 

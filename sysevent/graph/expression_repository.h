@@ -10,10 +10,10 @@
 // holds the engine lock.
 #pragma once
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/singleton.h"
-#include "host/string.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/singleton.h"
+#include "host/runtime/string.h"
 #include "sysevent/graph/node.h"
 
 namespace VX::SysEvent {

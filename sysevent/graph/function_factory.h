@@ -11,10 +11,10 @@
 //         "ABS", "number", "Returns the absolute value of a number");
 #pragma once
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/singleton.h"
-#include "host/string.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/singleton.h"
+#include "host/runtime/string.h"
 #include "sysevent/graph/function_node.h"
 
 namespace VX::SysEvent {

@@ -5,10 +5,10 @@
 
 #include <unordered_set>
 
-#include "host/clock.h"
-#include "host/crit.h"
-#include "host/monitor.h"
-#include "host/time.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/time.h"
 
 namespace VX::SysEvent {
 

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cassert>
 
-#include "host/clock.h"
-#include "host/crit.h"
-#include "host/monitor.h"
-#include "host/time.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/time.h"
 #include "sysevent/graph/function_node.h"
 
 namespace VX::SysEvent {

@@ -14,9 +14,9 @@
 
 #include <cstdint>
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"
 

@@ -6,9 +6,9 @@
 // the name follow it without being parsed again.
 #pragma once
 
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/value/event.h"
 

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <limits>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 
 namespace VX::SysEvent {
 

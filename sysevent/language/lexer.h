@@ -6,9 +6,9 @@
 // thread. Each analyze() starts afresh.
 #pragma once
 
-#include "host/containers.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/language/token.h"
 
 namespace VX::SysEvent {

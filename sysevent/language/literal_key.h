@@ -3,7 +3,7 @@
 // the literal.
 #pragma once
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {

@@ -1,7 +1,7 @@
 // Lexer::NAME_TO_REGEX: name patterns ("line%.up", "{sip[0-9]%}.state") as
 // anchored regular expressions for matching published names.
-#include "host/crit.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/language/lexer.h"
 
 namespace VX::SysEvent {

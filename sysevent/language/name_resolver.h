@@ -6,10 +6,10 @@
 // that name is created.
 #pragma once
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/node.h"
 
 namespace VX::SysEvent {

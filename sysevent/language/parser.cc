@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "host/crit.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
 #include "sysevent/graph/expression_repository.h"
 #include "sysevent/graph/function_factory.h"
 #include "sysevent/graph/proxy_repository.h"

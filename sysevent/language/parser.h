@@ -26,10 +26,10 @@
 // engine lock (re-entrant: callers usually hold it already).
 #pragma once
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/language/lexer.h"

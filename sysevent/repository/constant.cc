@@ -2,10 +2,10 @@
 // rows of every published named value.
 #include "sysevent/repository/constant.h"
 
-#include "host/crit.h"
-#include "host/driver_repository.h"
-#include "host/lock.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/graph/proxy_repository.h"
 #include "sysevent/repository/identifiers.h"
 

@@ -18,12 +18,12 @@
 // and destruction take it themselves).
 #pragma once
 
-#include "host/driver.h"
-#include "host/info.h"
-#include "host/inherit.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/component/driver.h"
+#include "host/component/info.h"
+#include "host/component/inherit.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/graph/proxy_node.h"
 #include "sysevent/repository/interfaces.h"

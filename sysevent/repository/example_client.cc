@@ -6,8 +6,8 @@
 
 #include <cstdio>
 
-#include "host/crit.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/repository/typed_accessors.h"
 

@@ -5,8 +5,8 @@
 // four names again when it is destroyed.
 #pragma once
 
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/value/value.h"
 

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "host/crit.h"
-#include "host/lock.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/language/parser.h"
 
 namespace VX::SysEvent {

@@ -9,9 +9,9 @@
 // on itself ("CIRCULAR REFERENCE"), fails and keeps the previous formula.
 #pragma once
 
-#include "host/inherit.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/component/inherit.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/observer_list.h"

@@ -3,10 +3,10 @@
 
 #include <new>
 
-#include "host/crit.h"
-#include "host/driver_repository.h"
-#include "host/lock.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
 

@@ -9,13 +9,13 @@
 // no node and no value: look-ups by name never find it.
 #pragma once
 
-#include "host/containers.h"
-#include "host/driver.h"
-#include "host/info.h"
-#include "host/inherit.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/containers.h"
+#include "host/component/driver.h"
+#include "host/component/info.h"
+#include "host/component/inherit.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/expression.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/observer_list.h"

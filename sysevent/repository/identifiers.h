@@ -7,8 +7,8 @@
 // ever, because components of other processes compare them.
 #pragma once
 
-#include "host/string.h"
-#include "host/uuid.h"
+#include "host/runtime/string.h"
+#include "host/component/uuid.h"
 
 namespace VX::SysEvent {
 

@@ -11,11 +11,11 @@
 // be held by the caller; the Repository's static operations take it.
 #pragma once
 
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/unknown.h"
-#include "host/uuid.h"
-#include "host/xcode.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/component/unknown.h"
+#include "host/component/uuid.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/graph/proxy_node.h"
 #include "sysevent/value/value.h"
 

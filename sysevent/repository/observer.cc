@@ -10,9 +10,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/crit.h"
-#include "host/driver_repository.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
+#include "host/runtime/lock.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
 

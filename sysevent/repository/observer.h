@@ -18,10 +18,10 @@
 // forwards to the base.
 #pragma once
 
-#include "host/containers.h"
-#include "host/driver_repository_observer.h"
-#include "host/function.h"
-#include "host/string.h"
+#include "host/runtime/containers.h"
+#include "host/component/driver_repository_observer.h"
+#include "host/runtime/function.h"
+#include "host/runtime/string.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/value/value.h"

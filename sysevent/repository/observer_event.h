@@ -9,8 +9,8 @@
 
 #include <utility>
 
-#include "host/marshaller.h"
-#include "host/ref_counted.h"
+#include "host/runtime/marshaller.h"
+#include "host/runtime/ref_counted.h"
 
 namespace VX::SysEvent {
 

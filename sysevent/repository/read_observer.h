@@ -8,7 +8,7 @@
 // engine lock held.
 #pragma once
 
-#include "host/ref_counted.h"
+#include "host/runtime/ref_counted.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/observer_event.h"
 #include "sysevent/value/value.h"

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "host/crit.h"
-#include "host/driver_repository.h"
-#include "host/driver_repository_observer.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
+#include "host/component/driver_repository_observer.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/identifiers.h"

@@ -19,10 +19,10 @@
 #include <cstdint>
 #include <map>
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/regex.h"
-#include "host/string.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/regex.h"
+#include "host/runtime/string.h"
 #include "sysevent/repository/interfaces.h"
 
 namespace VX::SysEvent {

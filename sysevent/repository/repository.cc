@@ -4,9 +4,9 @@
 
 #include <new>
 
-#include "host/crit.h"
-#include "host/driver_repository.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
+#include "host/runtime/lock.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
 #include "sysevent/repository/constant.h"

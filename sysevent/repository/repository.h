@@ -47,10 +47,10 @@
 // parser unchanged and is left alone.
 #pragma once
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/value/value.h"
 

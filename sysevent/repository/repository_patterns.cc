@@ -1,8 +1,8 @@
 // Repository: name patterns matched against the published names.
 #include <unordered_set>
 
-#include "host/driver_repository.h"
-#include "host/regex.h"
+#include "host/component/driver_repository.h"
+#include "host/runtime/regex.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/identifiers.h"

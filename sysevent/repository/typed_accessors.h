@@ -3,10 +3,10 @@
 // Repository's static operations and take the engine lock through them.
 #pragma once
 
-#include "host/clock.h"
-#include "host/string.h"
-#include "host/time.h"
-#include "host/xcode.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/string.h"
+#include "host/runtime/time.h"
+#include "host/runtime/xcode.h"
 
 namespace VX::SysEvent {
 

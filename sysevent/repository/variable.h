@@ -4,9 +4,9 @@
 // expression over the name.
 #pragma once
 
-#include "host/inherit.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/component/inherit.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/value/value.h"

@@ -3,8 +3,8 @@
 // graph keeps the event of its last result.
 #pragma once
 
-#include "host/marshaller.h"
-#include "host/time.h"
+#include "host/runtime/marshaller.h"
+#include "host/runtime/time.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-#include "host/monitor.h"
+#include "host/runtime/monitor.h"
 
 namespace VX::SysEvent {
 

@@ -8,11 +8,11 @@
 
 #include <cstdint>
 
-#include "host/clock.h"
-#include "host/marshaller.h"
-#include "host/string.h"
-#include "host/time.h"
-#include "host/xcode.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/marshaller.h"
+#include "host/runtime/string.h"
+#include "host/runtime/time.h"
+#include "host/runtime/xcode.h"
 
 namespace VX::SysEvent {
 

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/function.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/function.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
 

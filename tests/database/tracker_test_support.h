@@ -10,9 +10,9 @@
 #include <functional>
 
 #include "db/db_test_support.h"
-#include "host/component_manager.h"
-#include "host/crit.h"
-#include "host/monitor.h"
+#include "host/component/component_manager.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/database/database_tracker.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/value/value.h"

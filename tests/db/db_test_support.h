@@ -14,7 +14,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/db.h"
+#include "host/db/db.h"
 
 namespace dbtest {
 

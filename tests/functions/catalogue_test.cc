@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "function_test_support.h"
-#include "host/crit.h"
-#include "host/lock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
 #include "sysevent/functions/bit.h"
 #include "sysevent/functions/comparison.h"
 #include "sysevent/functions/date_parts.h"

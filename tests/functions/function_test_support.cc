@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include "host/clock.h"
-#include "host/crit.h"
-#include "host/lock.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
 #include "sysevent/graph/function_factory.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/language/parser.h"

@@ -11,7 +11,7 @@
 #include <ostream>
 #include <vector>
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 #include "sysevent/value/value.h"
 
 inline void PrintTo(const String& s, std::ostream* os) {

@@ -8,9 +8,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/lock.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/value/event.h"

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "graph/graph_test_support.h"
-#include "host/crit.h"
-#include "host/manual_time.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/manual_time.h"
+#include "host/runtime/monitor.h"
 
 namespace VX::SysEvent::testing {
 namespace {

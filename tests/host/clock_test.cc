@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "components.h"
-#include "host/driver_repository.h"
-#include "host/info.h"
-#include "host/uuid.h"
+#include "host/component/driver_repository.h"
+#include "host/component/info.h"
+#include "host/component/uuid.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 // drivers offering various sets of them, which record their destruction.
 #pragma once
 
-#include "host/crit.h"
-#include "host/driver.h"
-#include "host/inherit.h"
-#include "host/object.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver.h"
+#include "host/component/inherit.h"
+#include "host/component/object.h"
 
 namespace test_components {
 

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "components.h"
-#include "host/driver_repository.h"
-#include "host/info.h"
+#include "host/component/driver_repository.h"
+#include "host/component/info.h"
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <thread>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/event_loop.h"
-#include "host/manual_time.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/event_loop.h"
+#include "host/runtime/manual_time.h"
 
 namespace {
 

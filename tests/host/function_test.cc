@@ -6,10 +6,10 @@
 #include <thread>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/function.h"
-#include "host/manual_time.h"
-#include "host/string.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/function.h"
+#include "host/runtime/manual_time.h"
+#include "host/runtime/string.h"
 
 namespace {
 

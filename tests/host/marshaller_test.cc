@@ -6,7 +6,7 @@
 #include <functional>
 #include <vector>
 
-#include "host/marshaller.h"
+#include "host/runtime/marshaller.h"
 
 namespace {
 

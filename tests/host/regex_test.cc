@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/regex.h"
+#include "host/runtime/regex.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 
 namespace {
 

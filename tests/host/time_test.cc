@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "host/time.h"
+#include "host/runtime/time.h"
 
 namespace {
 

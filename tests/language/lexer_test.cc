@@ -3,9 +3,9 @@
 // exact text and number; the queue operations; and NAME_TO_REGEX.
 #include <gtest/gtest.h>
 
-#include "host/crit.h"
-#include "host/monitor.h"
-#include "host/regex.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/regex.h"
 #include "sysevent/language/lexer.h"
 
 namespace VX::SysEvent {

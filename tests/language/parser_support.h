@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/regex.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/regex.h"
 #include "sysevent/graph/function_factory.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/proxy_repository.h"

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/event_loop.h"
+#include "host/runtime/event_loop.h"
 #include "observer/observer_test_support.h"
 
 namespace VX::SysEvent::testing {

@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/function.h"
-#include "host/lock.h"
-#include "host/manual_time.h"
-#include "host/string.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/function.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/manual_time.h"
+#include "host/runtime/string.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/value/value.h"

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "host/driver_repository.h"
+#include "host/component/driver_repository.h"
 #include "observer/observer_test_support.h"
 #include "sysevent/repository/identifiers.h"
 

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "host/driver_repository.h"
+#include "host/component/driver_repository.h"
 #include "repository/repository_test_support.h"
 #include "sysevent/repository/expression_set.h"
 

@@ -6,7 +6,7 @@
 
 #include <iterator>
 
-#include "host/driver_repository.h"
+#include "host/component/driver_repository.h"
 #include "repository/repository_test_support.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/identifiers.h"

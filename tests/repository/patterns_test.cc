@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/function.h"
+#include "host/runtime/function.h"
 #include "repository/repository_test_support.h"
 #include "sysevent/repository/observer.h"
 

@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/info.h"
-#include "host/monitor.h"
+#include "host/runtime/crit.h"
+#include "host/component/info.h"
+#include "host/runtime/monitor.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/repository/repository.h"

@@ -4,7 +4,7 @@
 // not, TODAY's one change just after midnight.
 #include <gtest/gtest.h>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 #include "temporal/temporal_test_support.h"
 
 namespace VX::SysEvent::testing {

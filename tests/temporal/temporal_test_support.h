@@ -12,11 +12,11 @@
 #include <ostream>
 #include <vector>
 
-#include "host/crit.h"
-#include "host/lock.h"
-#include "host/manual_time.h"
-#include "host/monitor.h"
-#include "host/time.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/manual_time.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/time.h"
 #include "sysevent/functions/event_timeout.h"
 #include "sysevent/functions/now_today.h"
 #include "sysevent/graph/function_factory.h"

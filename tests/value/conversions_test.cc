@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <limits>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {

@@ -1,7 +1,7 @@
 // Event: construction times and the two span operations.
 #include <gtest/gtest.h>
 
-#include "host/manual_time.h"
+#include "host/runtime/manual_time.h"
 #include "sysevent/value/event.h"
 
 namespace VX::SysEvent {

@@ -8,7 +8,7 @@
 #include <initializer_list>
 #include <vector>
 
-#include "host/marshaller.h"
+#include "host/runtime/marshaller.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"
 

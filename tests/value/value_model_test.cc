@@ -6,7 +6,7 @@
 #include <limits>
 #include <utility>
 
-#include "host/clock.h"
+#include "host/runtime/clock.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {

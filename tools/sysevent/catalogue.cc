@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "host/containers.h"
+#include "host/runtime/containers.h"
 #include "sysevent/graph/function_factory.h"
 
 namespace SysEventTool {

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 
 namespace SysEventTool {
 

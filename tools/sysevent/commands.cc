@@ -6,9 +6,9 @@
 #include <climits>
 #include <thread>
 
-#include "host/driver_repository.h"
-#include "host/info.h"
-#include "host/manual_time.h"
+#include "host/component/driver_repository.h"
+#include "host/component/info.h"
+#include "host/runtime/manual_time.h"
 #include "sysevent/repository/repository.h"
 #include "tools/sysevent/catalogue.h"
 #include "tools/sysevent/literal_reader.h"

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "host/containers.h"
-#include "host/crit.h"
-#include "host/driver_repository.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/crit.h"
+#include "host/component/driver_repository.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/interfaces.h"
 #include "tools/sysevent/catalogue.h"

@@ -18,9 +18,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/db.h"
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/db/db.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "tools/sysevent/command_line.h"
 #include "tools/sysevent/output.h"
 

@@ -7,7 +7,7 @@
 // prints them, and redraws the prompt with what was typed so far.
 #pragma once
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 #include "tools/sysevent/output.h"
 
 namespace SysEventTool {

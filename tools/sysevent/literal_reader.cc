@@ -5,8 +5,8 @@
 #include <cctype>
 #include <cstdlib>
 
-#include "host/containers.h"
-#include "host/ref_counted.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/ref_counted.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/repository/repository.h"
 

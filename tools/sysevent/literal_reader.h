@@ -7,8 +7,8 @@
 
 #include <cstddef>
 
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "sysevent/value/value.h"
 
 namespace SysEventTool {

@@ -7,9 +7,9 @@
 #include <iostream>
 #include <memory>
 
-#include "host/clock.h"
-#include "host/crit.h"
-#include "host/manual_time.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/manual_time.h"
 #include "tools/sysevent/catalogue.h"
 #include "tools/sysevent/options.h"
 #include "tools/sysevent/script_runner.h"

@@ -15,7 +15,7 @@
 #include <mutex>
 #include <thread>
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 
 namespace SysEventTool {
 

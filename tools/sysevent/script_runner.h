@@ -4,7 +4,7 @@
 
 #include <istream>
 
-#include "host/string.h"
+#include "host/runtime/string.h"
 #include "tools/sysevent/output.h"
 #include "tools/sysevent/session.h"
 

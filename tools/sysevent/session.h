@@ -17,8 +17,8 @@
 #include <memory>
 #include <vector>
 
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 #include "tools/sysevent/command_line.h"
 #include "tools/sysevent/config_database.h"
 #include "tools/sysevent/output.h"

@@ -3,7 +3,7 @@
 // output as "trace LEVEL: LINE", in the order the engine writes it.
 #pragma once
 
-#include "host/monitor.h"
+#include "host/runtime/monitor.h"
 #include "tools/sysevent/output.h"
 
 namespace SysEventTool {

@@ -1,7 +1,7 @@
 // Tracking through the engine's DatabaseTracker.
 #include "tools/sysevent/tracking.h"
 
-#include "host/component_manager.h"
+#include "host/component/component_manager.h"
 #include "sysevent/database/database_tracker.h"
 #include "sysevent/repository/repository.h"
 

@@ -7,8 +7,8 @@
 
 #include <memory>
 
-#include "host/string.h"
-#include "host/xcode.h"
+#include "host/runtime/string.h"
+#include "host/runtime/xcode.h"
 
 namespace SysEventTool {
 

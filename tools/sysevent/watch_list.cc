@@ -3,8 +3,8 @@
 
 #include <ctime>
 
-#include "host/clock.h"
-#include "host/function.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/function.h"
 
 namespace SysEventTool {
 

@@ -18,8 +18,8 @@
 #include <mutex>
 #include <vector>
 
-#include "host/string.h"
-#include "host/time.h"
+#include "host/runtime/string.h"
+#include "host/runtime/time.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/value/value.h"
 #include "tools/sysevent/output.h"

@@ -1,0 +1,147 @@
+// The SQL the database layer runs on entries. Statements are built from the
+// dictionary, with every table and column name quoted, and prepared per call:
+// configuration databases are small and changes rare, so a statement cache
+// would buy little.
+#include "host/db/queries.h"
+
+#include "host/db/sqlite.h"
+
+namespace DB::detail {
+
+namespace {
+
+// Ancestor chains longer than this are cut: only a corrupt parent reference
+// that points back into its own chain could make one.
+constexpr int kMaxAncestors = 64;
+
+String columnList(const StructDef& s) {
+    String out;
+    for (uint16_t c = 0; c < s.columnCount; ++c) {
+        if (c) out += ", ";
+        out += QUOTE(s.fields[c].name);
+    }
+    return out;
+}
+
+XCode notFound(const StructDef& s) {
+    return XCode(E_NOT_FOUND).setStringF("DATABASE ENTRY NOT FOUND: %s", s.name.c_str());
+}
+
+XCode readRow(sqlite3* conn, const StructDef& s, uint64_t uid, Row& row) {
+    Statement st;
+    String sql = "SELECT " + columnList(s) + " FROM " + QUOTE(s.name) + " WHERE rowid = ?1";
+    XCode rc = st.prepare(conn, sql, s.name);
+    if (rc.isErr()) return rc;
+    st.bind(1, static_cast<int64_t>(uid));
+    if (!st.step(rc)) return rc.isErr() ? rc : notFound(s);
+    row.structNo = s.no;
+    row.uid = uid;
+    row.cells.clear();
+    for (uint16_t c = 0; c < s.columnCount; ++c) row.cells.push_back(st.column(c));
+    return XCode();
+}
+
+}  // namespace
+
+XCode READ_ROW(sqlite3* conn, const StructDef& s, uint64_t uid, std::shared_ptr<const Row>& out) {
+    auto row = std::make_shared<Row>();
+    XCode rc = readRow(conn, s, uid, *row);
+    if (rc.isSuccess()) out = std::move(row);
+    return rc;
+}
+
+XCode CAPTURE_ROW(sqlite3* conn, const Base& base, const StructDef& s, uint64_t uid,
+                  std::shared_ptr<const Row>& out) {
+    // Read the chain from the entry upwards, then link it from the top down,
+    // since a Row is immutable once shared.
+    VXVector<Row> chain(1);
+    XCode rc = readRow(conn, s, uid, chain[0]);
+    if (rc.isErr()) return rc;
+    const StructDef* def = &s;
+    while (static_cast<int>(chain.size()) <= kMaxAncestors) {
+        uint16_t parentNo;
+        uint64_t parentUid;
+        if (!PARENT_OF(*def, chain.back(), parentNo, parentUid)) break;
+        chain.back().parentCaptured = true;
+        def = base.findStruct(parentNo);
+        Row parent;
+        if (!def || readRow(conn, *def, parentUid, parent).isErr()) break;
+        chain.push_back(std::move(parent));
+    }
+    std::shared_ptr<const Row> above;
+    for (size_t i = chain.size(); i-- > 0;) {
+        auto row = std::make_shared<Row>(std::move(chain[i]));
+        if (row->parentCaptured) row->parent = above;
+        above = std::move(row);
+    }
+    out = std::move(above);
+    return XCode();
+}
+
+XCode FIND_BY_INDEX(sqlite3* conn, const StructDef& s, const IndexDef& index,
+                    const VXVector<Cell>& values, uint64_t& uid) {
+    String sql = "SELECT rowid FROM " + QUOTE(s.name) + " WHERE ";
+    for (size_t i = 0; i < index.fields.size(); ++i) {
+        if (i) sql += " AND ";
+        sql += QUOTE(s.fields[index.fields[i]].name);
+        sql.concatf(" = ?%zu", i + 1);
+    }
+    sql += " ORDER BY rowid LIMIT 1";
+    Statement st;
+    XCode rc = st.prepare(conn, sql, s.name);
+    if (rc.isErr()) return rc;
+    for (size_t i = 0; i < values.size(); ++i) st.bind(static_cast<int>(i + 1), values[i]);
+    if (!st.step(rc)) return rc.isErr() ? rc : notFound(s);
+    uid = static_cast<uint64_t>(st.columnInt(0));
+    return XCode();
+}
+
+XCode FIND_NEXT(sqlite3* conn, const StructDef& s, uint64_t after, uint64_t& uid) {
+    Statement st;
+    XCode rc = st.prepare(
+        conn, "SELECT rowid FROM " + QUOTE(s.name) + " WHERE rowid > ?1 ORDER BY rowid LIMIT 1",
+        s.name);
+    if (rc.isErr()) return rc;
+    st.bind(1, static_cast<int64_t>(after));
+    if (!st.step(rc)) {
+        if (rc.isErr()) return rc;
+        return XCode(E_NOT_FOUND).setStringF("NO DATABASE ENTRY: %s", s.name.c_str());
+    }
+    uid = static_cast<uint64_t>(st.columnInt(0));
+    return XCode();
+}
+
+XCode FIND_CHILDREN(sqlite3* conn, const Base& base, uint16_t structNo, uint64_t uid,
+                    VXVector<std::pair<uint16_t, uint64_t>>& children) {
+    for (uint16_t no = 1; no <= base.getNumberOfStructs(); ++no) {
+        const StructDef& child = *base.findStruct(no);
+        if (!child.hasParentFields()) continue;
+        Statement st;
+        XCode rc =
+            st.prepare(conn,
+                       "SELECT rowid FROM " + QUOTE(child.name) + " WHERE " +
+                           QUOTE(child.fields[child.parentStructColumn].name) + " = ?1 AND " +
+                           QUOTE(child.fields[child.parentIdColumn].name) + " = ?2 ORDER BY rowid",
+                       child.name);
+        if (rc.isErr()) return rc;
+        st.bind(1, static_cast<int64_t>(structNo));
+        st.bind(2, static_cast<int64_t>(uid));
+        while (st.step(rc)) children.emplace_back(no, static_cast<uint64_t>(st.columnInt(0)));
+        if (rc.isErr()) return rc;
+    }
+    return XCode();
+}
+
+bool PARENT_OF(const StructDef& s, const Row& row, uint16_t& structNo, uint64_t& uid) {
+    if (!s.hasParentFields()) return false;
+    const Cell& no = row.cells[s.parentStructColumn];
+    const Cell& id = row.cells[s.parentIdColumn];
+    if (no.kind != Cell::INT || no.i <= 0 || no.i >= NO_STRUCT || id.kind != Cell::INT) {
+        return false;
+    }
+    structNo = static_cast<uint16_t>(no.i);
+    uid = static_cast<uint64_t>(id.i);
+    return true;
+}
+
+}  // namespace DB::detail
