@@ -19,7 +19,7 @@ String nameOf(const VXPPtr<IRead>& variable) {
 
 }  // namespace
 
-DatabaseTracker::DatabaseTracker(VX::ComponentManager* manager) : manager_(manager) {}
+DatabaseTracker::DatabaseTracker(VX::ComponentManager* manager) : m_manager(manager) {}
 
 // Registrations with the database are not withdrawn: they end with the
 // component manager.
@@ -27,10 +27,10 @@ DatabaseTracker::~DatabaseTracker() = default;
 
 XCode DatabaseTracker::startObservation(const VXLWPtr<Field>& field) {
     const Obj& table = *field->table;
-    auto it = observedTables_.find(table.tableName);
-    if (it == observedTables_.end()) {
+    auto it = m_observedTables.find(table.tableName);
+    if (it == m_observedTables.end()) {
         TRACKER_LOG("[%s] Start observing database table", table.tableName);
-        observedTables_[table.tableName] = 1;
+        m_observedTables[table.tableName] = 1;
         DB::Transaction tx(DB::TRANSACTION_CALLBACK);
         XCode rc = tx.start();
         if (rc.isErr()) return rc;
@@ -42,7 +42,7 @@ XCode DatabaseTracker::startObservation(const VXLWPtr<Field>& field) {
                        {DB::EVENT_UPDATE, "CANNOT REGISTER UPDATE-OBSERVER"}};
         for (const auto& e : kEvents) {
             rc = DB::REGISTER_CALLBACK(tx, table.tableNo, e.type, DB::CALLBACK_AFTER_COMMIT,
-                                       manager_);
+                                       m_manager);
             if (rc.isErr()) return rc.setString(e.failure);
         }
         rc = tx.commit();
@@ -51,21 +51,21 @@ XCode DatabaseTracker::startObservation(const VXLWPtr<Field>& field) {
         ++it->second;
     }
     String entryId = table.getEntryId();
-    auto entry = observedEntries_.find(entryId);
-    if (entry == observedEntries_.end()) {
+    auto entry = m_observedEntries.find(entryId);
+    if (entry == m_observedEntries.end()) {
         TRACKER_LOG("[%s] Start observing entry", entryId);
-        entry = observedEntries_.emplace(entryId, VXStringHashTable<bool>()).first;
+        entry = m_observedEntries.emplace(entryId, VXStringHashTable<bool>()).first;
     }
     entry->second[field->getVariableName()] = true;
     return XCode();
 }
 
 XCode DatabaseTracker::stopObservation(const VXLWPtr<Field>& field) {
-    auto it = observedTables_.find(field->table->tableName);
-    if (it != observedTables_.end() && it->second > 0) --it->second;
+    auto it = m_observedTables.find(field->table->tableName);
+    if (it != m_observedTables.end() && it->second > 0) --it->second;
     String entryId = field->table->getEntryId();
-    auto entry = observedEntries_.find(entryId);
-    if (entry != observedEntries_.end()) {
+    auto entry = m_observedEntries.find(entryId);
+    if (entry != m_observedEntries.end()) {
         TRACKER_LOG("[%s] Stop observing entry", entryId);
         entry->second.erase(field->getVariableName());
     }
@@ -114,8 +114,8 @@ XCode DatabaseTracker::onDatabaseEvent(EventType_ type, DB::ObjRead& entry) {
     TRACKER_LOG("[%s] Database table changed", entry.getStructName());
     String id;
     if (GET_ENTRY_ID(id, entry).isErr()) return XCode();
-    auto observed = observedEntries_.find(id);
-    if (observed == observedEntries_.end()) return XCode();
+    auto observed = m_observedEntries.find(id);
+    if (observed == m_observedEntries.end()) return XCode();
     TRACKER_LOG("[%s] Database table changed for observed entry", id);
     // A copy: writing a variable runs observers, which may start or stop
     // tracking.

@@ -129,18 +129,18 @@ public:
 
     // Diagnostics: the number of tracked fields per observed table, and the
     // variable names (without "db.") bound per observed entry id.
-    const VXStringHashTable<unsigned>& getObservedTables() const { return observedTables_; }
+    const VXStringHashTable<unsigned>& getObservedTables() const { return m_observedTables; }
     const VXStringHashTable<VXStringHashTable<bool>>& getObservedEntries() const {
-        return observedEntries_;
+        return m_observedEntries;
     }
 
 private:
     XCode startObservation(const VXLWPtr<Field>& field);
     XCode stopObservation(const VXLWPtr<Field>& field);
 
-    VX::ComponentManager* manager_;
-    VXStringHashTable<unsigned> observedTables_;
-    VXStringHashTable<VXStringHashTable<bool>> observedEntries_;
+    VX::ComponentManager* m_manager;
+    VXStringHashTable<unsigned> m_observedTables;
+    VXStringHashTable<VXStringHashTable<bool>> m_observedEntries;
 };
 
 }  // namespace VX::SysEvent

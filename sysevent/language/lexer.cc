@@ -53,17 +53,17 @@ const Keyword kKeywords[] = {
 }  // namespace
 
 void Lexer::append(TokenType type, Value value, size_t position) {
-    tokens_.emplace_back(type, std::move(value), static_cast<int>(position));
+    m_tokens.emplace_back(type, std::move(value), static_cast<int>(position));
 }
 
 XCode Lexer::analyze(const String& text) {
-    text_ = text;
-    tokens_.clear();
-    queue_.clear();
-    const size_t length = text_.length();
+    m_text = text;
+    m_tokens.clear();
+    m_queue.clear();
+    const size_t length = m_text.length();
     size_t pos = 0;
     while (pos < length) {
-        const char c = text_[pos];
+        const char c = m_text[pos];
         XCode rc;
         if (isSpace(c)) {
             ++pos;
@@ -81,17 +81,17 @@ XCode Lexer::analyze(const String& text) {
         if (rc.isErr()) return rc;
     }
     append(TT_END, Value(), pos);
-    queue_.assign(tokens_.rbegin(), tokens_.rend());
+    m_queue.assign(m_tokens.rbegin(), m_tokens.rend());
     return XCode();
 }
 
 XCode Lexer::readName(size_t& pos) {
     const size_t start = pos;
-    const size_t length = text_.length();
-    bool inBraces = text_[pos] == '{';
+    const size_t length = m_text.length();
+    bool inBraces = m_text[pos] == '{';
     ++pos;
     for (; pos < length; ++pos) {
-        const char c = text_[pos];
+        const char c = m_text[pos];
         if (inBraces) {
             if (isSpace(c)) {
                 return failure("%d: Unterminated regular expression; expecting '}'",
@@ -108,7 +108,7 @@ XCode Lexer::readName(size_t& pos) {
         return failure("%d: Unterminated regular expression; expecting '}'",
                        static_cast<int>(length));
     }
-    String name = text_.substring(start, pos - start);
+    String name = m_text.substring(start, pos - start);
     for (const Keyword& k : kKeywords) {
         if (name == k.text) {
             Value v;
@@ -124,7 +124,7 @@ XCode Lexer::readName(size_t& pos) {
 
 XCode Lexer::readNumber(size_t& pos) {
     const size_t start = pos;
-    const char* rest = text_.c_str() + start;
+    const char* rest = m_text.c_str() + start;
 
     // A full date-time, as the calendar reads it.
     VX::Clock clock;
@@ -185,8 +185,8 @@ XCode Lexer::readNumber(size_t& pos) {
 
 XCode Lexer::readDuration(size_t& pos) {
     const size_t start = pos;
-    const size_t length = text_.length();
-    const char* text = text_.c_str();
+    const size_t length = m_text.length();
+    const char* text = m_text.c_str();
     // Whole seconds are summed wide and checked, so that no sum of
     // components silently wraps around the 32-bit time range.
     unsigned long long totalSeconds = 0;
@@ -256,17 +256,17 @@ XCode Lexer::readDuration(size_t& pos) {
 
 XCode Lexer::readString(size_t& pos) {
     const size_t start = pos;
-    const size_t length = text_.length();
-    const char quote = text_[pos];
+    const size_t length = m_text.length();
+    const char quote = m_text[pos];
     String collected;
     ++pos;
     while (true) {
         if (pos >= length) return failure("%d: Unterminated string", static_cast<int>(length));
-        char c = text_[pos++];
+        char c = m_text[pos++];
         if (c == quote) break;
         if (c == '\\') {
             if (pos >= length) return failure("%d: Unterminated string", static_cast<int>(length));
-            c = text_[pos++];
+            c = m_text[pos++];
             switch (c) {
                 case 'n':
                     c = '\n';
@@ -295,8 +295,8 @@ XCode Lexer::readString(size_t& pos) {
 
 XCode Lexer::readSymbol(size_t& pos) {
     const size_t start = pos;
-    const char c = text_[pos];
-    const char n = pos + 1 < text_.length() ? text_[pos + 1] : '\0';
+    const char c = m_text[pos];
+    const char n = pos + 1 < m_text.length() ? m_text[pos + 1] : '\0';
     TokenType type;
     size_t width = 1;
     // Two-character symbols win over their one-character prefixes.
@@ -368,27 +368,27 @@ XCode Lexer::readSymbol(size_t& pos) {
 
 bool Lexer::popIf(TokenType t) {
     if (!peekIf(t)) return false;
-    queue_.pop_back();
+    m_queue.pop_back();
     return true;
 }
 
 bool Lexer::pop(TokenType t) {
-    if (queue_.empty()) return false;
-    const bool matches = queue_.back().type == t;
-    queue_.pop_back();
+    if (m_queue.empty()) return false;
+    const bool matches = m_queue.back().type == t;
+    m_queue.pop_back();
     return matches;
 }
 
 bool Lexer::peek(Token& out) const {
-    if (queue_.empty()) return false;
-    out = queue_.back();
+    if (m_queue.empty()) return false;
+    out = m_queue.back();
     return true;
 }
 
 bool Lexer::pop(Token& out) {
-    if (queue_.empty()) return false;
-    out = std::move(queue_.back());
-    queue_.pop_back();
+    if (m_queue.empty()) return false;
+    out = std::move(m_queue.back());
+    m_queue.pop_back();
     return true;
 }
 

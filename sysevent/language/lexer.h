@@ -25,12 +25,12 @@ public:
     // error is read.
     XCode analyze(const String& text);
 
-    const String& text() const { return text_; }
-    const VXVector<Token>& tokens() const { return tokens_; }
+    const String& text() const { return m_text; }
+    const VXVector<Token>& tokens() const { return m_tokens; }
 
     // Queue reading. The next token is the queue's last element.
     // Whether the next token has type t; nothing is removed.
-    bool peekIf(TokenType t) const { return !queue_.empty() && queue_.back().type == t; }
+    bool peekIf(TokenType t) const { return !m_queue.empty() && m_queue.back().type == t; }
     // Removes the next token if it has type t; reports whether it did.
     bool popIf(TokenType t);
     // Removes the next token whatever its type; reports whether it had type
@@ -41,7 +41,7 @@ public:
     bool pop(Token& out);
     // The next token in place (null when the queue is empty); valid until the
     // queue changes.
-    const Token* next() const { return queue_.empty() ? nullptr : &queue_.back(); }
+    const Token* next() const { return m_queue.empty() ? nullptr : &m_queue.back(); }
 
     // The anchored regular expression for a name pattern: '%' is a wildcard
     // for one or more characters other than '.' and ':', "{...}" embeds
@@ -58,10 +58,10 @@ private:
     XCode readSymbol(size_t& pos);
     void append(TokenType type, Value value, size_t position);
 
-    String text_;
-    VXVector<Token> tokens_;
+    String m_text;
+    VXVector<Token> m_tokens;
     // The tokens in reverse order: reading removes from the end.
-    VXVector<Token> queue_;
+    VXVector<Token> m_queue;
 };
 
 }  // namespace VX::SysEvent

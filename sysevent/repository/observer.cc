@@ -43,12 +43,12 @@ Observer::Observer() {
 }
 
 Observer::Observer(ValueChangeCallback onValueChange)
-    : valueChangeCallback_(std::move(onValueChange)) {
+    : m_valueChangeCallback(std::move(onValueChange)) {
     addToDriverRepository();
 }
 
 Observer::Observer(ValueChangeCallback onValueChange, DestroyCallback onDestroy)
-    : destroyCallback_(std::move(onDestroy)), valueChangeCallback_(std::move(onValueChange)) {
+    : m_destroyCallback(std::move(onDestroy)), m_valueChangeCallback(std::move(onValueChange)) {
     addToDriverRepository();
 }
 
@@ -59,18 +59,18 @@ Observer::~Observer() {
     // Release the callbacks while the engine lock is still held: a queued
     // call that the engine's loop is about to take then either ran already or
     // finds its queue emptied, and never starts after this returns.
-    valueChangeCallback_ = ValueChangeCallback();
-    destroyCallback_ = DestroyCallback();
+    m_valueChangeCallback = ValueChangeCallback();
+    m_destroyCallback = DestroyCallback();
 }
 
 void Observer::setValueChangeCallback(ValueChangeCallback onValueChange) {
     VXAutoLock engine(LOCK());
-    valueChangeCallback_ = std::move(onValueChange);
+    m_valueChangeCallback = std::move(onValueChange);
 }
 
 void Observer::setDestroyCallback(DestroyCallback onDestroy) {
     VXAutoLock engine(LOCK());
-    destroyCallback_ = std::move(onDestroy);
+    m_destroyCallback = std::move(onDestroy);
 }
 
 void Observer::addTo(const String& pattern, bool notifyNow) {
@@ -83,12 +83,12 @@ void Observer::addTo(const String& pattern, bool notifyNow) {
     // Only a plain name without an object, or a pattern that does not
     // compile, fails; a wildcard that matches nothing yet succeeds quietly.
     if (rc.isErr() && notifyNow) notifyValueChanged(pattern, Value(DST_ERR_NA));
-    names_[pattern] = notifyNow;
+    m_names[pattern] = notifyNow;
 }
 
 void Observer::removeFrom(const String& pattern) {
     VXAutoLock engine(LOCK());
-    names_.erase(pattern);
+    m_names.erase(pattern);
     VXLockPtr<Repository> repository(Repository::INSTANCE());
     repository->removeObserver(*this, pattern);
 }
@@ -96,12 +96,12 @@ void Observer::removeFrom(const String& pattern) {
 void Observer::addTo(VXPPtr<IRead>& object, bool notifyNow) {
     VXAutoLock engine(LOCK());
     if (!object) return;
-    if (std::find(observed_.begin(), observed_.end(), object.get()) != observed_.end()) return;
+    if (std::find(m_observed.begin(), m_observed.end(), object.get()) != m_observed.end()) return;
     {
         VXLockPtr<IRead> held(object);
         held->addValueObserver(this, notifyNow);
     }
-    observed_.push_back(object.get());
+    m_observed.push_back(object.get());
 }
 
 void Observer::removeFrom(VXPPtr<IRead>& object) {
@@ -114,8 +114,8 @@ void Observer::removeFrom(VXPPtr<IRead>& object) {
 void Observer::removeFromAll() {
     VXAutoLock engine(LOCK());
     VXVector<IRead*> observed;
-    observed.swap(observed_);
-    names_.clear();
+    observed.swap(m_observed);
+    m_names.clear();
     for (IRead* object : observed) object->removeValueObserver(this);
 }
 
@@ -152,13 +152,13 @@ void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
 void Observer::notifyValueDestroyed(const String& name) {
     // A copy keeps the implementation alive should the callable replace the
     // callback while it runs.
-    DestroyCallback callback = destroyCallback_;
+    DestroyCallback callback = m_destroyCallback;
     if (!callback.hasCallable()) return;
     callback(name);
 }
 
 void Observer::notifyValueChanged(const String& name, const Value& value) {
-    ValueChangeCallback callback = valueChangeCallback_;
+    ValueChangeCallback callback = m_valueChangeCallback;
     if (!callback.hasCallable()) return;
     callback(name, value);
 }
@@ -171,10 +171,10 @@ XCode Observer::onDriverAdded(String& /*driverName*/, VXPPtr<IDriverRepository>&
     const String name = object->getName();
     // Once per matching pattern: overlapping patterns subscribe twice, and
     // each change then arrives twice, as for objects found by addTo.
-    for (const auto& [pattern, notifyNow] : snapshot(names_)) {
+    for (const auto& [pattern, notifyNow] : snapshot(m_names)) {
         if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
         object->addValueObserver(this, notifyNow);
-        observed_.push_back(object.get());
+        m_observed.push_back(object.get());
     }
     return XCode();
 }
@@ -184,7 +184,7 @@ void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr
     VXPPtr<IRead> object = readInterfaceOf(driver);
     if (!object) return;
     const String name = object->getName();
-    for (const auto& [pattern, notifyNow] : snapshot(names_)) {
+    for (const auto& [pattern, notifyNow] : snapshot(m_names)) {
         if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
         unsubscribe(object.get());
         if (notifyNow) notifyValueChanged(name, Value(DST_ERR_NA));
@@ -192,13 +192,13 @@ void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr
 }
 
 void Observer::unsubscribe(IRead* object) {
-    const auto held = std::count(observed_.begin(), observed_.end(), object);
+    const auto held = std::count(m_observed.begin(), m_observed.end(), object);
     for (auto i = held; i > 0; --i) object->removeValueObserver(this);
     forget(object);
 }
 
 void Observer::forget(IRead* object) {
-    observed_.erase(std::remove(observed_.begin(), observed_.end(), object), observed_.end());
+    m_observed.erase(std::remove(m_observed.begin(), m_observed.end(), object), m_observed.end());
 }
 
 }  // namespace VX::SysEvent

@@ -101,23 +101,23 @@ public:
 
 private:
     // Drops every registration this Observer holds on `object` (one per entry
-    // in observed_) and its entries.
+    // in m_observed) and its entries.
     void unsubscribe(IRead* object);
-    // Removes every entry of `object` from observed_ without touching the
+    // Removes every entry of `object` from m_observed without touching the
     // object (it is dying, or its registrations are gone already).
     void forget(IRead* object);
 
     // Both guarded by the engine lock.
-    DestroyCallback destroyCallback_;
-    ValueChangeCallback valueChangeCallback_;
+    DestroyCallback m_destroyCallback;
+    ValueChangeCallback m_valueChangeCallback;
     // Every pattern given to addTo(String, bool), with its notifyNow flag.
-    VXStringHashTable<bool> names_;
+    VXStringHashTable<bool> m_names;
     // The objects whose observer lists hold this Observer, exactly once per
     // registration (an object matched by two patterns is listed twice), so
     // that unsubscribing everything listed leaves no registration behind to
     // dangle after the Observer is gone. Not owned: an object tells
     // onValueDestroyed before it dies.
-    VXVector<IRead*> observed_;
+    VXVector<IRead*> m_observed;
 };
 
 }  // namespace VX::SysEvent
