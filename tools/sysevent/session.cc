@@ -29,9 +29,9 @@ const Session::Command Session::COMMANDS[] = {
     {"functions", &Session::cmdFunctions, "functions", "list the built-in functions"},
     {"wait", &Session::cmdWait, "wait DURATION",
      "let time pass (with --manual-time: advance the clock)"},
-    {"expect", &Session::cmdExpect,
-     "expect NAME = LITERAL|~ REGEX|changes to LITERAL within DURATION|stays LITERAL for DURATION",
-     "check a value now, or every change while time passes"},
+    {"expect", &Session::cmdExpect, "expect NAME CHECK",
+     "check a value: = LITERAL or ~ REGEX now; changes to LITERAL within DURATION or stays "
+     "LITERAL for DURATION while time passes"},
     {"why", &Session::cmdWhy, "why NAME [--fresh]",
      "explain a value: its formula's nodes with values, times and timer state"},
     {"replay", &Session::cmdReplay, "replay FILE",
