@@ -24,10 +24,10 @@ using Deliveries = ObserverTest;
 class Counting : public Observer {
 public:
     void notifyValueChanged(const String& name, const Value& value) override {
-        seen.push_back(changed(name.c_str(), value.toString().c_str()));
+        seen.push_back(testing::changed(name.c_str(), value.toString().c_str()));
     }
     void notifyValueDestroyed(const String& name) override {
-        seen.push_back(destroyed(name.c_str()));
+        seen.push_back(testing::destroyed(name.c_str()));
     }
     std::vector<Seen> seen;
 };
