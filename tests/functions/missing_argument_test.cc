@@ -35,9 +35,9 @@ TEST(MissingArguments, EveryFunctionLackingAnArgumentIsVal) {
             for (unsigned more = count + 1; more <= kMost; ++more)
                 lacking = lacking || (!accepted[count] && accepted[more]);
             if (!lacking) continue;
-            // The two that read their last argument only when the others ask
-            // for it compute from what they have (IF(1, 1) is 1).
-            const bool readsAll = !(count == 2 && (name == "IF" || name == "DEBOUNCEIF"));
+            // IF reads its last argument only when the condition asks for
+            // it, and computes from what it has: IF(1, 1) is 1.
+            const bool readsAll = !(count == 2 && name == "IF");
             const Value v = withArguments(name, count)->getValue();
             EXPECT_TRUE(SAME(v, readsAll ? kVal : U(1))) << name.c_str() << " of " << count;
             ++checked;
