@@ -2,8 +2,8 @@
 // rows of every published named value.
 #include "sysevent/repository/constant.h"
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
 #include "host/runtime/monitor.h"
 #include "sysevent/graph/proxy_repository.h"
@@ -46,6 +46,22 @@ bool CConstant::ownsName() const {
     const bool mine = other == static_cast<const IUnknown*>(this);
     other->release();
     return mine;
+}
+
+XCode CConstant::bindName(Node* node) {
+    if (!ownsName()) {
+        m_target = node;
+        m_bindingDeferred = true;
+        return XCode();
+    }
+    // A name still bound to the same node needs no re-binding: the node
+    // cannot have closed a cycle through it.
+    if (m_proxy->getTarget() != node) {
+        if (XCode rc = m_proxy->setNode(node); rc.isErr()) return rc;
+    }
+    m_target = node;
+    m_bindingDeferred = false;
+    return XCode();
 }
 
 void CConstant::setDriverRepository(IDriverRepository* repository) {

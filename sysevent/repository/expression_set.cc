@@ -3,8 +3,8 @@
 
 #include <new>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
 #include "host/runtime/monitor.h"
 #include "sysevent/repository/identifiers.h"
@@ -96,7 +96,6 @@ XCode CExpressionSet::setExpression(const String& text) {
 }
 
 XCode CExpressionSet::reevaluateExpression() {
-    if (!isStale()) return XCode();
     if (m_text.isEmpty()) {
         ReevaluationIndex::INSTANCE().clearStale(*this);
         return XCode();
@@ -122,8 +121,7 @@ InfoContainer& CExpressionSet::getInfo(InfoContainer& info, unsigned depthLimit,
                                        const String& prefix) const {
     ++s_infoNesting;
     if (depth <= depthLimit && column <= columnLimit) {
-        info.add(depth, column, prefix + "Expression Set",
-                 String::Formatted("%s", m_fullName.c_str()));
+        info.add(depth, column, prefix + "Expression Set", String::Formatted("%s", m_name.c_str()));
         if (depth + 1 <= depthLimit) {
             info.add(depth + 1, column, "Context", String::Formatted("%s", m_context.c_str()));
             info.add(depth + 1, column, "Expression", String::Formatted("%s", m_text.c_str()));
