@@ -31,4 +31,12 @@ XCode ONCE::compute(Event& result) {
 FunctionFactory::Factory<ONCE> s_functionFactoryONCE(
     "ONCE", "", "True if the argument is true; never switches back to false");
 
+void ONCE::describeState(VXVector<FunctionState>& out) const {
+    if (!m_latched) {
+        out.push_back(FunctionState("not latched"));
+        return;
+    }
+    out.push_back(FunctionState("latched", m_latchedEvent.value, false, m_latchedEvent.start));
+}
+
 }  // namespace VX::SysEvent

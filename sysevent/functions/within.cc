@@ -30,4 +30,13 @@ FunctionFactory::Factory<WITHIN> s_functionFactoryWITHIN(
     "Returns true if the temporal-expression argument evaluates to true within the specified "
     "time period");
 
+void WITHIN::describeState(VXVector<FunctionState>& out) const {
+    if (getChildCount() != 2) return;
+    // The events as they stand: explaining must not bring a dirty argument
+    // up to date.
+    const Event& temporal = getChild(0)->peekLastEvent();
+    out.push_back(FunctionState("span", Value(temporal.end - temporal.start, DST_REL_TIME)));
+    out.push_back(FunctionState("period", getChild(1)->peekLastEvent().value));
+}
+
 }  // namespace VX::SysEvent

@@ -6,8 +6,7 @@
 #include <unordered_set>
 
 #include "host/runtime/clock.h"
-#include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "host/runtime/time.h"
 
 namespace VX::SysEvent {
@@ -16,11 +15,6 @@ namespace {
 
 // Sum of m_pendingUpdates over all function nodes; guarded by the engine lock.
 uint64_t s_pendingUpdatesInGraph = 0;
-
-// The monitor when it admits level 3 (the graph's trace level), else null.
-RTD::Monitor* traceMonitor() {
-    return RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
-}
 
 // The value a failing compute() leaves in the node: the value of the subtype
 // an engine code names (an error for errToXCode of an error, but any subtype
@@ -43,13 +37,13 @@ Value errorValueOf(const XCode& code) {
     text += v.toString();
 }
 
-[[gnu::noinline, gnu::cold]] void traceRecompute(RTD::Monitor* m, const FunctionNode& node,
+[[gnu::noinline, gnu::cold]] void traceRecompute(const FunctionNode& node,
                                                  const String& argumentText, const Event& result) {
-    m->monitor(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
-               node.getFunctionName().c_str(), argumentText.c_str(),
-               result.value.toString().c_str(),
-               Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
-               VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
+    SYSEVENT_LOG(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
+                 node.getFunctionName().c_str(), argumentText.c_str(),
+                 result.value.toString().c_str(),
+                 Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
+                 VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
 }
 
 [[gnu::noinline]] void setErrorValue(Value& v, const Value& error) {
@@ -113,8 +107,7 @@ String FunctionNode::getNormalizedExpression() const {
 }
 
 bool FunctionNode::triggerEvent(const Event& e) {
-    if (RTD::Monitor* m = traceMonitor())
-        m->monitor(3, "[%s]   clear dirty flag", getLogName().c_str());
+    SYSEVENT_LOG(3, "[%s]   clear dirty flag", getLogName().c_str());
     m_dirty = false;
     return Node::triggerEvent(e);
 }
@@ -202,72 +195,65 @@ bool FunctionNode::handlesTimeManually() const {
 }
 
 bool FunctionNode::shallBeUpdated() {
-    RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
-    if (m) m->monitor(3, "[%s] Shall be updated?", logName.c_str());
+    SYSEVENT_LOG(3, "[%s] Shall be updated?", getLogName().c_str());
     if (m_dirty) return false;
-    if (m) m->monitor(3, "[%s]   Not dirty", logName.c_str());
+    SYSEVENT_LOG(3, "[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
         // Reached again along another path: our parents were asked already.
-        if (m) m->monitor(3, "[%s]   yes, we already know", logName.c_str());
+        SYSEVENT_LOG(3, "[%s]   yes, we already know", getLogName().c_str());
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
-        if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
         return true;
     }
 
     bool interested = m_interestCount > 0;
-    if (interested && m)
-        m->monitor(3, "[%s]   yes, because there are %u interests", logName.c_str(),
-                   m_interestCount);
+    if (interested)
+        SYSEVENT_LOG(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
+                     m_interestCount);
     // Every parent is asked, so that each one counts its pending update or is
     // marked dirty; those that say yes expect an update from us.
     m_updatingParents.clear();
     for (FunctionNode* p : m_parents) {
         if (p->shallBeUpdated()) {
             m_updatingParents.push_back(p);
-            if (m) m->monitor(3, "[%s]   yes, because a parent is interested", logName.c_str());
+            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested", getLogName().c_str());
             interested = true;
         }
     }
     if (!interested) {
         m_dirty = true;
-        if (m) m->monitor(3, "[%s]   no; marked dirty", logName.c_str());
+        SYSEVENT_LOG(3, "[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
     ++m_pendingUpdates;
     ++s_pendingUpdatesInGraph;
-    if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
+    SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
     return true;
 }
 
 void FunctionNode::update(bool changed) {
-    RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
-    if (m)
-        m->monitor(3, "[%s] update, child value %s changed", logName.c_str(),
-                   changed ? "has" : "has not");
+    SYSEVENT_LOG(3, "[%s] update, child value %s changed", getLogName().c_str(),
+                 changed ? "has" : "has not");
     --m_pendingUpdates;
     --s_pendingUpdatesInGraph;
     if (changed) ++m_changedUpdates;
     if (m_pendingUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   no recomputation yet, %u updates pending", logName.c_str(),
-                       m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
+                     m_pendingUpdates);
         return;
     }
 
     bool result = false;
     if (m_changedUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   recomputation required (%u updates with value changes)",
-                       logName.c_str(), m_changedUpdates);
+        SYSEVENT_LOG(3, "[%s]   recomputation required (%u updates with value changes)",
+                     getLogName().c_str(), m_changedUpdates);
         m_changedUpdates = 0;
         result = recompute(false);
-    } else if (m) {
-        m->monitor(3, "[%s]   no recomputation required (no update with value change)",
-                   logName.c_str());
+    } else {
+        SYSEVENT_LOG(3, "[%s]   no recomputation required (no update with value change)",
+                     getLogName().c_str());
     }
     // Nothing edits this list before it is cleared: the parents' updates run
     // after the first phase is over, and no propagation can start while
@@ -280,7 +266,7 @@ bool FunctionNode::recompute(bool force) {
     Event result;
     const bool manualErrors = handlesErrorsManually();
     const bool manualTime = handlesTimeManually();
-    const bool withArgumentText = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 1);
+    const bool withArgumentText = LOG_ADMITS(1);
     String argumentText;
 
     for (size_t i = 0; i < m_children.size(); ++i) {
@@ -304,7 +290,7 @@ bool FunctionNode::recompute(bool force) {
 
     if (!result.value.isError()) computeInto(result);
 
-    if (RTD::Monitor* m = traceMonitor()) traceRecompute(m, *this, argumentText, result);
+    if (LOG_ADMITS(3)) traceRecompute(*this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
 }
 

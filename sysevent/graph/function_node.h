@@ -26,6 +26,22 @@
 
 namespace VX::SysEvent {
 
+// One item of the inner state by which a timer-driven or latching function
+// decides its future output (a held-back value and when it falls due, a
+// latch, a span), read for explaining a value without touching the graph.
+struct FunctionState {
+    explicit FunctionState(const String& w, const Value& v = Value()) : what(w), value(v) {}
+    // An item with a time: when it falls due (`due`) or when it happened.
+    FunctionState(const String& w, const Value& v, bool due, const VX::Time& t)
+        : what(w), value(v), hasTime(true), isDue(due), time(t) {}
+
+    String what;  // "pending", "queued", "watching", "latched", "span", ...
+    Value value;  // DST_UNDEF when the item carries no value
+    bool hasTime = false;
+    bool isDue = false;  // `time` is when a timer falls due (else: when it happened)
+    VX::Time time;
+};
+
 class FunctionNode : public Node {
 public:
     // Node name "FN(address)"; the node starts dirty, without children.
@@ -88,6 +104,10 @@ public:
     // span). A failure code becomes an error value: an engine code
     // (errToXCode) that error, any other code "#ERR!".
     virtual XCode compute(Event& result) = 0;
+    // Appends the items of the node's inner state to `out`; nothing for
+    // functions without one. Reads only: never recomputes, starts or stops
+    // anything.
+    virtual void describeState(VXVector<FunctionState>& out) const { (void)out; }
 
     const String& getFunctionName() const { return m_functionName; }
     const String& getParameterText() const { return m_parameterText; }

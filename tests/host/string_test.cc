@@ -10,24 +10,6 @@
 
 namespace {
 
-TEST(StringTest, SearchAndSlices) {
-    const String s = "alpha.beta.gamma";
-    EXPECT_EQ(s.indexOf('.'), 5);
-    EXPECT_EQ(s.indexOf('.', 6), 10);
-    EXPECT_EQ(s.indexOf('x'), -1);
-    EXPECT_EQ(s.indexOf('.', 100), -1);
-    EXPECT_EQ(s.indexOf("beta"), 6);
-    EXPECT_EQ(s.indexOf("beta", 7), -1);
-    EXPECT_TRUE(s.startsWith("alpha."));
-    EXPECT_FALSE(s.startsWith("beta"));
-    EXPECT_TRUE(s.endsWith("gamma"));
-    EXPECT_TRUE(s.startsWith(""));
-    EXPECT_EQ(s.substring(6, 4), "beta");
-    EXPECT_EQ(s.substring(11), "gamma");
-    EXPECT_EQ(s.substring(11, 100), "gamma");  // clipped
-    EXPECT_EQ(s.substring(100), "");
-}
-
 TEST(StringTest, SplitKeepsEmptyPieces) {
     struct Case {
         const char* text;
