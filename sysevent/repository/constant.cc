@@ -48,6 +48,22 @@ bool CConstant::ownsName() const {
     return mine;
 }
 
+XCode CConstant::bindName(Node* node) {
+    if (!ownsName()) {
+        m_target = node;
+        m_bindingDeferred = true;
+        return XCode();
+    }
+    // A name still bound to the same node needs no re-binding: the node
+    // cannot have closed a cycle through it.
+    if (m_proxy->getTarget() != node) {
+        if (XCode rc = m_proxy->setNode(node); rc.isErr()) return rc;
+    }
+    m_target = node;
+    m_bindingDeferred = false;
+    return XCode();
+}
+
 void CConstant::setDriverRepository(IDriverRepository* repository) {
     CDriver::setDriverRepository(repository);
     if (repository && m_bindingDeferred) {

@@ -62,9 +62,6 @@ String CExpression::getType() const {
 }
 
 XCode CExpression::bind(const String& text) {
-    if (!ownsName()) {
-        return XCode::Failure(String::Formatted("VARIABLE ALREADY EXISTS: %s", name().c_str()));
-    }
     ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
     VXLWPtr<Node> root;
     ReevaluationIndex::Recording recording;
@@ -81,13 +78,8 @@ XCode CExpression::bind(const String& text) {
     } else {
         root = m_target;
     }
-    // A name still bound to the same graph needs no re-binding: the graph
-    // cannot have closed a cycle through it, and its value is brought up to
-    // date when it is read.
-    if (proxy()->getTarget() != root.get()) {
-        if (XCode rc = proxy()->setNode(root.get()); rc.isErr()) return rc;
-    }
-    m_target = root;
+    // The graph in force is bound again if the name was dropped meanwhile.
+    if (XCode rc = bindName(root.get()); rc.isErr()) return rc;
     if (reparse) {
         // Without a context a plain name always resolves to its own proxy
         // node, whether or not an object has it: its coming and going moves
@@ -114,10 +106,8 @@ XCode CExpression::setExpression(const String& text) {
                      rc.toString().c_str());
         return rc;
     }
-    if (text != m_text) {
-        m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
-        m_text = text;
-    }
+    m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
+    m_text = text;
     if (!m_expressionObservers.empty()) {
         ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));
         m_expressionObservers.notify([&event](IExpressionObserver* observer) {
@@ -131,12 +121,18 @@ XCode CExpression::setExpression(const String& text) {
 XCode CExpression::reevaluateExpression() {
     // A re-evaluation reached from inside this object's own parse (a
     // database variable made on the fly) is the parse already running.
-    if (m_busy || !isStale()) return XCode();
+    if (m_busy) return XCode();
     if (m_text.isEmpty()) {
         ReevaluationIndex::INSTANCE().clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
+}
+
+void CExpression::dropNode() {
+    CConstant::dropNode();
+    // The next re-evaluation binds the name to the formula again.
+    if (!m_text.isEmpty()) ReevaluationIndex::INSTANCE().markStale(*this);
 }
 
 InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,

@@ -94,7 +94,6 @@ XCode CExpressionSet::setExpression(const String& text) {
 }
 
 XCode CExpressionSet::reevaluateExpression() {
-    if (!isStale()) return XCode();
     if (m_text.isEmpty()) {
         ReevaluationIndex::INSTANCE().clearStale(*this);
         return XCode();
@@ -120,8 +119,7 @@ InfoContainer& CExpressionSet::getInfo(InfoContainer& info, unsigned depthLimit,
                                        const String& prefix) const {
     ++s_infoNesting;
     if (depth <= depthLimit && column <= columnLimit) {
-        info.add(depth, column, prefix + "Expression Set",
-                 String::Formatted("%s", m_fullName.c_str()));
+        info.add(depth, column, prefix + "Expression Set", String::Formatted("%s", m_name.c_str()));
         if (depth + 1 <= depthLimit) {
             info.add(depth + 1, column, "Context", String::Formatted("%s", m_context.c_str()));
             info.add(depth + 1, column, "Expression", String::Formatted("%s", m_text.c_str()));

@@ -73,6 +73,8 @@ public:
     // `r` (an expression set) depends on the names whose leading part
     // `context` covers.
     void addPrefixDependency(Reevaluable& r, const String& context);
+    // `r` is (no longer) to be re-evaluated at the next occasion.
+    void markStale(Reevaluable& r);
     void clearStale(Reevaluable& r);
     // Drops every trace of `r`.
     void forget(Reevaluable& r);
@@ -92,7 +94,6 @@ private:
         Reevaluable* user;
     };
 
-    void markStale(Reevaluable& r);
     void dropDependencies(Reevaluable& r);
     // The compiled form of a regular expression text, compiled once.
     VXPtr<VXRegEx::Pattern> compile(const String& regex);

@@ -280,8 +280,8 @@ XCode Value::toRelTime() {
 }
 
 XCode Value::correctTime() {
-    // An error keeps its own code, as in every other conversion.
-    if (isError()) return errToXCode(subtype);
+    // No conversion, so not its frame: whatever is not a time, an error
+    // value included, is refused with "#VAL!".
     switch (subtype) {
         case DST_ABS_DATE:
             data.time.clearTime();
