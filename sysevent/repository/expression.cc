@@ -65,7 +65,7 @@ XCode CExpression::bind(const String& text) {
     if (!ownsName()) {
         return XCode::Failure(String::Formatted("VARIABLE ALREADY EXISTS: %s", name().c_str()));
     }
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     VXLWPtr<Node> root;
     ReevaluationIndex::Recording recording;
     const bool reparse = text != m_text || isStale() || !m_target;
@@ -133,7 +133,7 @@ XCode CExpression::reevaluateExpression() {
     // database variable made on the fly) is the parse already running.
     if (m_busy || !isStale()) return XCode();
     if (m_text.isEmpty()) {
-        ReevaluationIndex::INSTANCE().clearStale(*this);
+        ReevaluationIndex::INSTANCE()->clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
@@ -152,7 +152,7 @@ InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, un
 void CExpression::callDtor() {
     {
         VXAutoLock held(LOCK());
-        ReevaluationIndex::INSTANCE().forget(*this);
+        ReevaluationIndex::INSTANCE()->forget(*this);
     }
     CConstant::callDtor();
 }

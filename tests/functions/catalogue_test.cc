@@ -107,13 +107,13 @@ const std::vector<Entry>& CATALOGUE() {
 TEST(Catalogue, EveryFunctionIsListedWithItsTexts) {
     ASSERT_EQ(CATALOGUE().size(), 48u);
     VXVector<String> names{"left over"};
-    FunctionFactory::INSTANCE().getNames(names);
+    FunctionFactory::INSTANCE()->getNames(names);
     const std::set<String> listed(names.begin(), names.end());
     EXPECT_EQ(listed.size(), names.size()) << "a name is listed twice";
     EXPECT_EQ(listed.count("left over"), 0u);
     for (const Entry& e : CATALOGUE()) {
         EXPECT_EQ(listed.count(e.name), 1u) << e.name;
-        const FunctionFactory::FactoryBase* f = FunctionFactory::INSTANCE().get(e.name);
+        const FunctionFactory::FactoryBase* f = FunctionFactory::INSTANCE()->get(e.name);
         ASSERT_NE(f, nullptr) << e.name;
         EXPECT_EQ(f->getName(), e.name);
         EXPECT_EQ(f->getParameterText(), e.parameters) << e.name;

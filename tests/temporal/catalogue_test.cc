@@ -56,7 +56,7 @@ const Entry ENTRIES[] = {
 TEST_F(Catalogue, RegistersTheTemporalFunctions) {
     for (const Entry& e : ENTRIES) {
         SCOPED_TRACE(e.name);
-        FunctionFactory::FactoryBase* factory = FunctionFactory::INSTANCE().get(e.name);
+        FunctionFactory::FactoryBase* factory = FunctionFactory::INSTANCE()->get(e.name);
         ASSERT_NE(factory, nullptr);
         EXPECT_EQ(factory->getParameterText(), e.parameters);
         EXPECT_EQ(factory->getDescription(), e.description);
@@ -95,7 +95,7 @@ TEST_F(Catalogue, ListsAllFiftyEightFunctions) {
         "WITHIN",   "XOR"};
     ASSERT_EQ(expected.size(), 58u);
     VXVector<String> names{"left over"};
-    FunctionFactory::INSTANCE().getNames(names);
+    FunctionFactory::INSTANCE()->getNames(names);
     const std::set<String> listed(names.begin(), names.end());
     EXPECT_EQ(listed.size(), names.size());  // each name once
     EXPECT_EQ(listed, expected);
