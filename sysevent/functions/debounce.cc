@@ -139,4 +139,13 @@ FunctionFactory::Factory<DEBOUNCEDEC> s_functionFactoryDEBOUNCEDEC(
     "Only delays decrements of the first argument to the output by the specified time "
     "difference");
 
+void DEBOUNCE::describeState(VXVector<FunctionState>& out) const {
+    // A stopped timer leaves its last pending value behind: it is no state.
+    if (!m_timer.isRunning()) {
+        out.push_back(FunctionState("idle"));
+        return;
+    }
+    out.push_back(FunctionState("pending", m_pendingValue, true, m_timer.getDueTime()));
+}
+
 }  // namespace VX::SysEvent

@@ -99,4 +99,11 @@ void DELAY::onTimeout() {
 FunctionFactory::Factory<DELAY> s_functionFactoryDELAY(
     "DELAY", "expr,time", "Delays changes of the first argument by the specified time difference");
 
+void DELAY::describeState(VXVector<FunctionState>& out) const {
+    if (!m_pQueueHead) out.push_back(FunctionState("queue empty"));
+    for (const Info* info = m_pQueueHead; info; info = info->pNext) {
+        out.push_back(FunctionState("queued", info->value, true, info->timer.getDueTime()));
+    }
+}
+
 }  // namespace VX::SysEvent

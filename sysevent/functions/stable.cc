@@ -49,4 +49,12 @@ FunctionFactory::Factory<STABLE> s_functionFactorySTABLE(
     "STABLE", "expr,time",
     "True if the first argument does not change for the specified time difference");
 
+void STABLE::describeState(VXVector<FunctionState>& out) const {
+    if (m_timer.isRunning()) {
+        out.push_back(FunctionState("watching", m_watchedValue, true, m_timer.getDueTime()));
+    } else {
+        out.push_back(FunctionState("watching", m_watchedValue));
+    }
+}
+
 }  // namespace VX::SysEvent

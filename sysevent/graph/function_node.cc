@@ -16,14 +16,15 @@ namespace {
 // Sum of m_pendingUpdates over all function nodes; guarded by the engine lock.
 uint64_t s_pendingUpdatesInGraph = 0;
 
-// The value a failing compute() leaves in the node: the error an engine code
-// names, "#ERR!" for any other code. An engine code naming a subtype that is
-// no error cannot stand for an error value, so it counts as "any other code".
+// The value a failing compute() leaves in the node: the value of the subtype
+// an engine code names (an error for errToXCode of an error, but any subtype
+// counts), "#ERR!" for any other code and for an engine code beyond the
+// subtypes, which has no value to stand for.
 Value errorValueOf(const XCode& code) {
     const uint32_t c = code.getValue();
     if ((c & 0xFF000000u) == (ENGINE_ERROR_BASE & 0xFF000000u)) {
         const uint32_t st = c & 0x00FFFFFFu;
-        if (st >= DST_ERR_DIV0 && st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
+        if (st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
     }
     return Value(DST_ERR_GENERIC);
 }
@@ -53,13 +54,26 @@ Value errorValueOf(const XCode& code) {
     v = Value(st);
 }
 
-// compute(), with a failure turned into an error value.
-[[gnu::noinline]] void computeInto(FunctionNode& node, Event& result) {
-    const XCode rc = node.compute(result);
-    if (rc.isErr()) result.value = errorValueOf(rc);
+}  // namespace
+
+[[gnu::noinline]] void FunctionNode::computeInto(Event& result) {
+    // Reading an argument may recompute a dirty child, but never this node,
+    // so the flag belongs to this compute alone.
+    m_argumentMissing = false;
+    const XCode rc = compute(result);
+    if (m_argumentMissing) {
+        m_argumentMissing = false;
+        result.value = Value(DST_ERR_VAL);
+    } else if (rc.isErr()) {
+        result.value = errorValueOf(rc);
+    }
 }
 
-}  // namespace
+const Event& FunctionNode::missingArgument() const {
+    static const Event s_undefined;
+    m_argumentMissing = true;
+    return s_undefined;
+}
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
     : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
@@ -163,9 +177,10 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
-    // for each other position in which it is still an argument.
-    for (const VXLWPtr<Node>& c : m_children)
-        if (c == oldChild) oldChild->addParent(this);
+    // for each other position in which it is still an argument, so that
+    // every node has one link per position, also when it replaces itself.
+    for (size_t i = 0; i < m_children.size(); ++i)
+        if (i != index && m_children[i] == oldChild) oldChild->addParent(this);
     child->addParent(this);
     m_dirty = true;
     return XCode();
@@ -273,7 +288,7 @@ bool FunctionNode::recompute(bool force) {
     }
     if (m_children.empty() && !manualTime) result.start = result.end = VX::Time::NOW(1);
 
-    if (!result.value.isError()) computeInto(*this, result);
+    if (!result.value.isError()) computeInto(result);
 
     if (LOG_ADMITS(3)) traceRecompute(*this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
