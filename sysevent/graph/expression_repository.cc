@@ -26,7 +26,7 @@ VXLWPtr<Node> ExpressionRepository::getOrAdd(Node* node) {
 }
 
 VXLWPtr<Node> ExpressionRepository::GET_OR_ADD(Node* node) {
-    return INSTANCE().getOrAdd(node);
+    return INSTANCE()->getOrAdd(node);
 }
 
 void ExpressionRepository::getNames(VXVector<String>& keys) const {
@@ -38,7 +38,7 @@ void ExpressionRepository::getNames(VXVector<String>& keys) const {
 VXLWPtr<Node> ExpressionRepository::getOrCreateUndefinedReference(const String& name) {
     if (VXLWPtr<Node> existing = get(name)) return existing;
     VXLWPtr<Node> proxy =
-        ProxyRepository::INSTANCE().getOrCreate(name, ProxyNode::MAKE_PLACEHOLDER(name));
+        ProxyRepository::INSTANCE()->getOrCreate(name, ProxyNode::MAKE_PLACEHOLDER(name));
     add(name, proxy.get());
     return proxy;
 }

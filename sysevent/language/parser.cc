@@ -227,7 +227,7 @@ XCode Parser::parseIdentifier(Operands& nodes) {
         // An undefined reference under the plain name: it binds once an
         // object of that name is created.
         nodes.nodes.clear();
-        nodes.nodes.push_back(ProxyRepository::INSTANCE().getOrCreate(name));
+        nodes.nodes.push_back(ProxyRepository::INSTANCE()->getOrCreate(name));
     }
     nodes.depth = 0;
     return XCode();
@@ -237,7 +237,7 @@ XCode Parser::parseConstant(Operands& nodes) {
     Token token;
     m_lexer.pop(token);
     const String key = LITERAL_KEY(token.value);
-    ExpressionRepository& repository = ExpressionRepository::INSTANCE();
+    ExpressionRepository& repository = *ExpressionRepository::INSTANCE();
     VXLWPtr<Node> node = repository.get(key);
     if (!node) {
         node = new Node(key, token.value);

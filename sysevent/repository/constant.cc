@@ -17,7 +17,7 @@ CConstant::CConstant(const String& name, const String& description, const Value&
       m_name(name) {
     VXAutoLock held(LOCK());
     m_target = new Node(name, value);
-    VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE().getOrCreate(name);
+    VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE()->getOrCreate(name);
     if (ownsName()) {
         // A refused binding cannot happen: a fresh value node depends on
         // nothing. The proxy propagates the value to the expressions at once.
@@ -33,7 +33,7 @@ CConstant::CConstant(const String& name, const String& description)
       m_description(description),
       m_name(name) {
     VXAutoLock held(LOCK());
-    attach(ProxyRepository::INSTANCE().getOrCreate(name).get());
+    attach(ProxyRepository::INSTANCE()->getOrCreate(name).get());
 }
 
 CConstant::~CConstant() = default;

@@ -62,7 +62,7 @@ String CExpression::getType() const {
 }
 
 XCode CExpression::bind(const String& text) {
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     VXLWPtr<Node> root;
     ReevaluationIndex::Recording recording;
     const bool reparse = text != m_text || isStale() || !m_target;
@@ -123,7 +123,7 @@ XCode CExpression::reevaluateExpression() {
     // database variable made on the fly) is the parse already running.
     if (m_busy) return XCode();
     if (m_text.isEmpty()) {
-        ReevaluationIndex::INSTANCE().clearStale(*this);
+        ReevaluationIndex::INSTANCE()->clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
@@ -148,7 +148,7 @@ InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, un
 void CExpression::callDtor() {
     {
         VXAutoLock held(LOCK());
-        ReevaluationIndex::INSTANCE().forget(*this);
+        ReevaluationIndex::INSTANCE()->forget(*this);
     }
     CConstant::callDtor();
 }

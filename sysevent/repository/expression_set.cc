@@ -21,7 +21,7 @@ CExpressionSet::CExpressionSet(const String& context, const String& name)
       m_name(name),
       m_fullName(context + "." + name) {
     VXAutoLock held(LOCK());
-    ReevaluationIndex::INSTANCE().addPrefixDependency(*this, context);
+    ReevaluationIndex::INSTANCE()->addPrefixDependency(*this, context);
 }
 
 XCode CExpressionSet::addExpressionObserver(IExpressionObserver* observer, bool) {
@@ -89,13 +89,13 @@ XCode CExpressionSet::setExpression(const String& text) {
     }
     m_text = text;
     // Making members publishes names that may match the context itself.
-    ReevaluationIndex::INSTANCE().clearStale(*this);
+    ReevaluationIndex::INSTANCE()->clearStale(*this);
     return XCode();
 }
 
 XCode CExpressionSet::reevaluateExpression() {
     if (m_text.isEmpty()) {
-        ReevaluationIndex::INSTANCE().clearStale(*this);
+        ReevaluationIndex::INSTANCE()->clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
@@ -142,7 +142,7 @@ void CExpressionSet::callDtor() {
     if (m_destroying) return;
     m_destroying = true;
     VXAutoLock held(LOCK());
-    ReevaluationIndex::INSTANCE().forget(*this);
+    ReevaluationIndex::INSTANCE()->forget(*this);
     dropAllExpressions(m_members);
     CInherit::callDtor();
 }

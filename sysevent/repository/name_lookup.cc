@@ -3,6 +3,7 @@
 // creates database variables on the fly). Installed as the parsers' default
 // resolver when the library loads. Each look-up is also recorded for the
 // formula being parsed, which then depends on that name (ReevaluationIndex).
+#include "sysevent/graph/proxy_node.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/reevaluation_index.h"
 #include "sysevent/repository/repository.h"
@@ -15,7 +16,7 @@ class RepositoryNameResolver final : public NameResolver {
 public:
     XCode resolve(const String& name, VXVector<VXLWPtr<Node>>& nodes) override {
         nodes.clear();
-        ReevaluationIndex::INSTANCE().record(name);
+        ReevaluationIndex::INSTANCE()->record(name);
         VXVector<VXPPtr<INode>> objects;
         XCode rc = Repository::GET(name, objects);
         if (rc.isErr()) return rc;

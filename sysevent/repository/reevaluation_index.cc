@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
 #include "host/component/driver_repository_observer.h"
+#include "host/runtime/crit.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/identifiers.h"
@@ -42,14 +42,14 @@ private:
 
 Reevaluable::Reevaluable(IExpression* self) : m_self(self) {
     VXAutoLock held(LOCK());
-    m_sequence = ReevaluationIndex::INSTANCE().m_nextSequence++;
+    m_sequence = ReevaluationIndex::INSTANCE()->m_nextSequence++;
 }
 
-ReevaluationIndex& ReevaluationIndex::INSTANCE() {
+ReevaluationIndex* ReevaluationIndex::INSTANCE() {
     // Callers hold the engine lock, so only one thread can get here first;
     // the watch registers under that same lock.
     static ReevaluationIndex* const s_instance = new ReevaluationIndex();
-    return *s_instance;
+    return s_instance;
 }
 
 ReevaluationIndex::ReevaluationIndex() : m_watch(new DriverWatch(*this)) {}

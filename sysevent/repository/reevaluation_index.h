@@ -58,7 +58,7 @@ public:
 
     // The one index; made on first use (under the engine lock, which the
     // caller holds), never destroyed.
-    static ReevaluationIndex& INSTANCE();
+    static ReevaluationIndex* INSTANCE();
 
     // Starts recording the look-ups of a parse into `recording` and returns
     // the recording it replaces (restore it afterwards: parses nest when a

@@ -173,6 +173,16 @@ void Repository::destroyExpression(const String& context, const String& name) {
 
 // --- Finding ---
 
+bool Repository::IS_PATTERN(const String& name) {
+    return NameResolver::IS_PATTERN(name);
+}
+
+XCode Repository::find(const String& name, VXPPtr<IUnknown>& out) {
+    out = nullptr;
+    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
+    return failure("VARIABLE DOES NOT EXIST: %s", name);
+}
+
 XCode Repository::get(const String& name, VXPPtr<INode>& out) {
     if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
     if (name.startsWith("db.")) {
@@ -253,7 +263,7 @@ XCode Repository::evaluateExpression(const String& context, const String& text,
     out.clear();
     // The look-ups of this parse are nobody's dependencies, also when it
     // runs inside the parse of a published formula (an observer callback).
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     ReevaluationIndex::Recording* outer = index.startRecording(nullptr);
     Parser parser;
     XCode rc = parser.parse(context, text);
@@ -270,7 +280,7 @@ XCode Repository::evaluateExpression(const String& context, const String& text,
 }
 
 XCode Repository::reevaluateExpressions() {
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     if (!index.hasStale()) return XCode();
     VXVector<VXPPtr<IExpression>> stale;
     index.collectStale(stale);

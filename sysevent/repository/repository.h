@@ -78,6 +78,8 @@ public:
     static XCode GET(const String& pattern, VXVector<VXPPtr<INode>>& out);
     static XCode GET_MATCHING_NAME_PREFIXES(const String& pattern, VXVector<String>& out);
     static bool IS_MATCHING_NAME_REG_EX(const String& pattern, const String& name);
+    // True when `name` is a name pattern ('%' or '{') rather than one name.
+    static bool IS_PATTERN(const String& name);
 
     // --- Member operations: the caller holds the engine lock. ---
 
@@ -116,6 +118,10 @@ public:
     void destroyVariable(const String& name) { destroy(name); }
     void destroyExpression(const String& context, const String& name);
 
+    // The published object of `name`, whatever it offers (expression sets
+    // included), or "VARIABLE DOES NOT EXIST: %s". It only looks: a "db."
+    // name nobody published is not created (get does that).
+    XCode find(const String& name, VXPPtr<IUnknown>& out);
     // The published object of `name` (a "db." name is created on the fly),
     // as the wanted interface.
     XCode get(const String& name, VXPPtr<INode>& out);

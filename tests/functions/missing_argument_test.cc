@@ -23,7 +23,7 @@ VXLWPtr<FunctionNode> withArguments(const String& name, unsigned count) {
 TEST(MissingArguments, EveryFunctionLackingAnArgumentIsVal) {
     VXAutoLock lock(LOCK());
     VXVector<String> names;
-    FunctionFactory::INSTANCE().getNames(names);
+    FunctionFactory::INSTANCE()->getNames(names);
     constexpr unsigned kMost = 4;
     unsigned checked = 0;
     for (const String& name : names) {

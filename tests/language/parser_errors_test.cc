@@ -47,7 +47,7 @@ TEST_F(ParserErrors, MessagesAndColumns) {
 }
 
 TEST_F(ParserErrors, CatalogueArityMessage) {
-    FunctionFactory::FactoryBase* round = FunctionFactory::INSTANCE().get("ROUND");
+    FunctionFactory::FactoryBase* round = FunctionFactory::INSTANCE()->get("ROUND");
     if (!round) GTEST_SKIP() << "ROUND is not in the catalogue of this build";
     const String parsed = PARSE("ROUND()");
     EXPECT_TRUE(parsed.startsWith("ERROR 1: Invalid number of arguments: ROUND(" +
