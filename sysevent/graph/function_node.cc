@@ -4,10 +4,12 @@
 #include "sysevent/graph/function_node.h"
 
 #include <unordered_set>
+#include <utility>
 
 #include "host/runtime/clock.h"
 #include "host/runtime/log.h"
 #include "host/runtime/time.h"
+#include "sysevent/graph/proxy_node.h"
 
 namespace VX::SysEvent {
 
@@ -96,13 +98,32 @@ void FunctionNode::addInterest() {
 }
 
 String FunctionNode::getNormalizedExpression() const {
-    String text = m_functionName;
+    // One buffer and an explicit stack: a chain written as a + b + c + ...
+    // is as deep as it is long, and concatenating each level's text into its
+    // parent's would copy the deep part once per level above it.
+    String text;
+    VXVector<std::pair<const FunctionNode*, size_t>> open{{this, 0}};
+    text += m_functionName;
     text += '(';
-    for (size_t i = 0; i < m_children.size(); ++i) {
-        if (i) text += ',';
-        text += m_children[i]->getNormalizedExpression();
+    while (!open.empty()) {
+        auto& [function, next] = open.back();
+        if (next == function->m_children.size()) {
+            text += ')';
+            open.pop_back();
+            continue;
+        }
+        if (next) text += ',';
+        const Node* child = function->m_children[next++].get();
+        // A proxy stands for its name, not for its target.
+        const auto* f = dynamic_cast<const FunctionNode*>(child);
+        if (f && !dynamic_cast<const ProxyNode*>(child)) {
+            text += f->m_functionName;
+            text += '(';
+            open.emplace_back(f, 0);
+        } else {
+            text += child->getNormalizedExpression();
+        }
     }
-    text += ')';
     return text;
 }
 

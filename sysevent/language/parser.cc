@@ -57,9 +57,7 @@ private:
 
 }  // namespace
 
-Parser::Parser() = default;
-
-Parser::Parser(NameResolver* resolver) : m_resolver(resolver), m_useDefaultResolver(false) {}
+Parser::Parser(NameResolver* resolver) : m_resolver(resolver) {}
 
 Parser::~Parser() = default;
 
@@ -72,8 +70,7 @@ XCode Parser::parse(const String& context, const String& text) {
     VXAutoLock lock(LOCK());
     m_roots.clear();
     m_nesting = 0;
-    if (m_useDefaultResolver) m_resolver = NameResolver::GET_DEFAULT();
-    if (XCode rc = m_lexer.analyze(text); rc.isErr()) return rc;
+    if (XCode rc = m_lexer.start(text); rc.isErr()) return rc;
     m_context = context;
     Operands result;
     if (XCode rc = parseExpression(result, 0); rc.isErr()) return rc;

@@ -8,6 +8,7 @@
 #include "host/runtime/lock.h"
 #include "host/runtime/log.h"
 #include "sysevent/language/parser.h"
+#include "sysevent/repository/name_lookup.h"
 
 namespace VX::SysEvent {
 
@@ -67,11 +68,11 @@ XCode CExpression::bind(const String& text) {
     ReevaluationIndex::Recording recording;
     const bool reparse = text != m_text || isStale() || !m_target;
     if (reparse) {
-        Parser parser;
-        ReevaluationIndex::Recording* outer = index.startRecording(&recording);
+        RepositoryNameResolver names;
+        Parser parser(&names);
         XCode rc = parser.parse(m_context, text);
-        index.startRecording(outer);
         if (rc.isErr()) return rc;
+        recording = std::move(names.recording());
         if (parser.getRoots().empty() || !parser.getRoots()[0])
             return XCode(XCode::GENERIC_FAILURE);
         root = parser.getRoots()[0];

@@ -8,7 +8,6 @@
 #include "host/component/driver_repository_observer.h"
 #include "host/runtime/crit.h"
 #include "sysevent/language/lexer.h"
-#include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/identifiers.h"
 
 namespace VX::SysEvent {
@@ -53,19 +52,6 @@ ReevaluationIndex* ReevaluationIndex::INSTANCE() {
 }
 
 ReevaluationIndex::ReevaluationIndex() : m_watch(new DriverWatch(*this)) {}
-
-ReevaluationIndex::Recording* ReevaluationIndex::startRecording(Recording* recording) {
-    Recording* previous = m_recording;
-    m_recording = recording;
-    return previous;
-}
-
-void ReevaluationIndex::record(const String& name) {
-    if (!m_recording) return;
-    VXVector<String>& list =
-        NameResolver::IS_PATTERN(name) ? m_recording->patterns : m_recording->names;
-    if (std::find(list.begin(), list.end(), name) == list.end()) list.push_back(name);
-}
 
 void ReevaluationIndex::dropDependencies(Reevaluable& r) {
     for (const String& name : r.m_names) {

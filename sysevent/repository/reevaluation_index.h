@@ -60,13 +60,6 @@ public:
     // caller holds), never destroyed.
     static ReevaluationIndex* INSTANCE();
 
-    // Starts recording the look-ups of a parse into `recording` and returns
-    // the recording it replaces (restore it afterwards: parses nest when a
-    // look-up creates a database variable on the fly).
-    Recording* startRecording(Recording* recording);
-    // Called for every name the parser looks up.
-    void record(const String& name);
-
     // `r` now depends on what `recording` holds (replacing its old
     // dependencies) and is no longer stale.
     void setDependencies(Reevaluable& r, Recording& recording);
@@ -99,7 +92,6 @@ private:
     VXPtr<VXRegEx::Pattern> compile(const String& regex);
 
     uint64_t m_nextSequence = 0;
-    Recording* m_recording = nullptr;
     VXStringHashTable<VXVector<Reevaluable*>> m_byName;
     VXVector<PatternUse> m_patterns;
     VXStringHashTable<VXPtr<VXRegEx::Pattern>> m_compiled;

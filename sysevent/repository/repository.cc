@@ -9,6 +9,7 @@
 #include "host/runtime/lock.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
+#include "sysevent/repository/name_lookup.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/expression.h"
 #include "sysevent/repository/expression_set.h"
@@ -261,13 +262,10 @@ XCode Repository::setExpression(const String& context, const String& name, const
 XCode Repository::evaluateExpression(const String& context, const String& text,
                                      VXVector<Value>& out) {
     out.clear();
-    // The look-ups of this parse are nobody's dependencies, also when it
-    // runs inside the parse of a published formula (an observer callback).
-    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
-    ReevaluationIndex::Recording* outer = index.startRecording(nullptr);
-    Parser parser;
+    // The look-ups of this parse are nobody's dependencies.
+    RepositoryNameResolver names;
+    Parser parser(&names);
     XCode rc = parser.parse(context, text);
-    index.startRecording(outer);
     if (rc.isErr()) return rc;
     for (const VXLWPtr<Node>& root : parser.getRoots()) {
         if (!root) {

@@ -118,7 +118,8 @@ XCode Value::FLP_TO_TIME(VX::Time& t, double d) {
     return XCode();
 }
 
-// STRING_TO_NUMBER and STRING_TO_TIME read through the lexer: value_text.cc.
+// STRING_TO_NUMBER and STRING_TO_TIME read through the lexer:
+// language/literal_text.cc.
 
 // ---- member conversions -------------------------------------------------
 

@@ -56,13 +56,6 @@ TEST_F(ParserNames, ResolutionOrder) {
     // Without a resolver every name is an undefined reference.
     Parser bare(nullptr);
     EXPECT_EQ(rootOf(bare, "rs3up"), roots[2]);
-
-    // The default resolver serves a parser given none.
-    NameResolver::SET_DEFAULT(&resolver);
-    Parser byDefault;
-    Node* root = rootOf(byDefault, "rs1.up");
-    NameResolver::SET_DEFAULT(nullptr);
-    EXPECT_EQ(root, up);
 }
 
 TEST_F(ParserNames, PatternsExpandToSeveralArguments) {
