@@ -9,6 +9,8 @@
 #include "host/runtime/crit.h"
 #include "host/runtime/monitor.h"
 #include "host/runtime/time.h"
+#include "sysevent/graph/expression_repository.h"
+#include "sysevent/graph/proxy_repository.h"
 
 namespace VX::SysEvent {
 
@@ -65,21 +67,82 @@ Value errorValueOf(const XCode& code) {
     if (rc.isErr()) result.value = errorValueOf(rc);
 }
 
+// The walks' stacks, shared by the walks of one thread: a walk started from
+// inside another (an observer reading a value) works above the entries of
+// the outer one and leaves them as it found them.
+struct AskFrame {
+    FunctionNode* node;
+    size_t next;  // the next parent to ask
+    bool interested;
+};
+struct DeliverFrame {
+    FunctionNode* node;
+    size_t next;  // the next parent to update
+    bool result;
+};
+struct ReadFrame {
+    FunctionNode* node;
+    size_t next;  // the next child to bring up to date
+};
+thread_local VXVector<AskFrame> t_askStack;
+thread_local VXVector<DeliverFrame> t_deliverStack;
+thread_local VXVector<ReadFrame> t_readStack;
+// Children whose release is due, last first; drained by the outermost
+// destructor so that releasing a long chain does not nest destructors.
+thread_local VXVector<Node*> t_releaseStack;
+thread_local bool t_releasing = false;
+
 }  // namespace
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
     : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
     m_name = String::Formatted("%s(%p)", functionName.c_str(), static_cast<const void*>(this));
+    m_kind = KIND_FUNCTION;
+    m_dirty = true;
 }
 
 FunctionNode::~FunctionNode() {
+    // The sharing tables forget the node first, while its children still
+    // give it its key.
+    if (m_listings & LISTED_AS_PROXY) ProxyRepository::INSTANCE().unlist(this, m_functionName);
+    if (m_listings & LISTED_AS_EXPRESSION) {
+        ExpressionRepository::INSTANCE().unlist(
+            this, m_kind == KIND_PROXY ? m_functionName : FunctionNode::getNormalizedExpression());
+    }
+    m_listings = 0;
     s_pendingUpdatesInGraph -= m_pendingUpdates;
     for (const VXLWPtr<Node>& child : m_children) child->removeParent(this);
-    // m_children releases the children now, in argument order.
+    // The children are released in argument order, each one's own children
+    // before the next one (as nested destructors would), but from one loop.
+    for (size_t i = m_children.size(); i-- > 0;) {
+        Node* child = m_children[i].get();
+        child->addRef();
+        t_releaseStack.push_back(child);
+    }
+    m_children.clear();
+    if (t_releasing) return;
+    t_releasing = true;
+    while (!t_releaseStack.empty()) {
+        Node* child = t_releaseStack.back();
+        t_releaseStack.pop_back();
+        child->release();
+    }
+    t_releasing = false;
 }
 
 uint64_t FunctionNode::PENDING_UPDATES_IN_GRAPH() {
     return s_pendingUpdatesInGraph;
+}
+
+void FunctionNode::setDirty(bool dirty) {
+    if (m_dirty == dirty) return;
+    m_dirty = dirty;
+    for (const VXLWPtr<Node>& child : m_children) {
+        if (dirty)
+            --child->m_cleanParents;
+        else
+            ++child->m_cleanParents;
+    }
 }
 
 void FunctionNode::addInterest() {
@@ -88,20 +151,38 @@ void FunctionNode::addInterest() {
 }
 
 String FunctionNode::getNormalizedExpression() const {
+    struct Frame {
+        const FunctionNode* node;
+        size_t next;
+    };
+    VXVector<Frame> stack{{this, 0}};
     String text = m_functionName;
     text += '(';
-    for (size_t i = 0; i < m_children.size(); ++i) {
-        if (i) text += ',';
-        text += m_children[i]->getNormalizedExpression();
+    while (!stack.empty()) {
+        Frame& f = stack.back();
+        if (f.next == f.node->m_children.size()) {
+            text += ')';
+            stack.pop_back();
+            continue;
+        }
+        if (f.next) text += ',';
+        const Node* child = f.node->m_children[f.next++].get();
+        if (child->m_kind == KIND_FUNCTION) {
+            const auto* fc = static_cast<const FunctionNode*>(child);
+            text += fc->m_functionName;
+            text += '(';
+            stack.push_back({fc, 0});
+        } else {
+            text += child->getNormalizedExpression();
+        }
     }
-    text += ')';
     return text;
 }
 
 bool FunctionNode::triggerEvent(const Event& e) {
     if (RTD::Monitor* m = traceMonitor())
         m->monitor(3, "[%s]   clear dirty flag", getLogName().c_str());
-    m_dirty = false;
+    setDirty(false);
     return Node::triggerEvent(e);
 }
 
@@ -125,8 +206,31 @@ bool FunctionNode::isDescendant(Node* n) const {
 
 void FunctionNode::requestUpdate() {
     if (!m_dirty) return;
-    m_dirty = false;
-    recompute(false);
+    setDirty(false);
+    bringUpToDate();
+}
+
+void FunctionNode::bringUpToDate() {
+    // Each dirty child is cleared and brought up to date when the walk
+    // reaches it, exactly where recompute's read of it would have done so.
+    VXVector<ReadFrame>& stack = t_readStack;
+    const size_t base = stack.size();
+    stack.push_back({this, 0});
+    while (stack.size() > base) {
+        ReadFrame& f = stack.back();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_children.size()) {
+            Node* child = n->m_children[f.next++].get();
+            if (child->m_dirty) {
+                auto* fc = static_cast<FunctionNode*>(child);
+                fc->setDirty(false);
+                stack.push_back({fc, 0});
+            }
+            continue;
+        }
+        stack.pop_back();
+        n->recompute(false);
+    }
 }
 
 XCode FunctionNode::addArgument(Node* child) {
@@ -157,9 +261,9 @@ bool FunctionNode::wouldCloseCycle(Node* child) const {
 XCode FunctionNode::addChild(Node* child) {
     if (!child) return XCode(XCode::GENERIC_FAILURE);
     if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    setDirty(true);
     m_children.emplace_back(child);
     child->addParent(this);
-    m_dirty = true;
     return XCode();
 }
 
@@ -167,6 +271,7 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     if (index >= m_children.size() || !child) return XCode(XCode::GENERIC_FAILURE);
     oldChild = m_children[index];
     if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    setDirty(true);
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
@@ -174,7 +279,6 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     for (const VXLWPtr<Node>& c : m_children)
         if (c == oldChild) oldChild->addParent(this);
     child->addParent(this);
-    m_dirty = true;
     return XCode();
 }
 
@@ -187,78 +291,149 @@ bool FunctionNode::handlesTimeManually() const {
 }
 
 bool FunctionNode::shallBeUpdated() {
-    RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
-    if (m) m->monitor(3, "[%s] Shall be updated?", logName.c_str());
-    if (m_dirty) return false;
-    if (m) m->monitor(3, "[%s]   Not dirty", logName.c_str());
+    return ASK(this);
+}
+
+FunctionNode::AskStep FunctionNode::beginAsk(RTD::Monitor* m) {
+    if (m) m->monitor(3, "[%s] Shall be updated?", getLogName().c_str());
+    if (m_dirty) return ANSWER_NO;
+    if (m) m->monitor(3, "[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
         // Reached again along another path: our parents were asked already.
-        if (m) m->monitor(3, "[%s]   yes, we already know", logName.c_str());
+        if (m) m->monitor(3, "[%s]   yes, we already know", getLogName().c_str());
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
-        if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
-        return true;
+        if (m) m->monitor(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
+        return ANSWER_YES;
     }
 
-    bool interested = m_interestCount > 0;
+    const bool interested = m_interestCount > 0;
     if (interested && m)
-        m->monitor(3, "[%s]   yes, because there are %u interests", logName.c_str(),
+        m->monitor(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
                    m_interestCount);
-    // Every parent is asked, so that each one counts its pending update or is
-    // marked dirty; those that say yes expect an update from us.
     m_updatingParents.clear();
-    for (FunctionNode* p : m_parents) {
-        if (p->shallBeUpdated()) {
-            m_updatingParents.push_back(p);
-            if (m) m->monitor(3, "[%s]   yes, because a parent is interested", logName.c_str());
-            interested = true;
-        }
-    }
+    return interested ? ASK_PARENTS_INTERESTED : ASK_PARENTS;
+}
+
+bool FunctionNode::finishAsk(bool interested, RTD::Monitor* m) {
     if (!interested) {
-        m_dirty = true;
-        if (m) m->monitor(3, "[%s]   no; marked dirty", logName.c_str());
+        setDirty(true);
+        if (m) m->monitor(3, "[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
     ++m_pendingUpdates;
     ++s_pendingUpdatesInGraph;
-    if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
+    if (m) m->monitor(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
     return true;
 }
 
-void FunctionNode::update(bool changed) {
+bool FunctionNode::ASK(FunctionNode* start) {
     RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
+    const AskStep first = start->beginAsk(m);
+    if (first == ANSWER_NO || first == ANSWER_YES) return first == ANSWER_YES;
+
+    // Every parent is asked, so that each one counts its pending update or
+    // is marked dirty; those that say yes expect an update from the node
+    // that asked. Untraced, a dirty parent (whose answer is no, with no
+    // effect) is passed by, and a node without clean parents asks none.
+    VXVector<AskFrame>& stack = t_askStack;
+    const size_t base = stack.size();
+    auto push = [&](FunctionNode* n, AskStep step) {
+        const size_t next = !m && n->m_cleanParents == 0 ? n->m_parents.size() : 0;
+        stack.push_back({n, next, step == ASK_PARENTS_INTERESTED});
+    };
+    push(start, first);
+    bool answer = false;
+    while (stack.size() > base) {
+        AskFrame& f = stack.back();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_parents.size()) {
+            FunctionNode* p = n->m_parents[f.next++];
+            if (!m && p->m_dirty) continue;
+            const AskStep step = p->beginAsk(m);
+            if (step == ANSWER_YES) {
+                n->m_updatingParents.push_back(p);
+                if (m)
+                    m->monitor(3, "[%s]   yes, because a parent is interested",
+                               n->getLogName().c_str());
+                f.interested = true;
+            } else if (step != ANSWER_NO) {
+                push(p, step);
+            }
+            continue;
+        }
+        const bool yes = n->finishAsk(f.interested, m);
+        stack.pop_back();
+        if (stack.size() == base) {
+            answer = yes;
+        } else if (yes) {
+            AskFrame& below = stack.back();
+            below.node->m_updatingParents.push_back(n);
+            if (m)
+                m->monitor(3, "[%s]   yes, because a parent is interested",
+                           below.node->getLogName().c_str());
+            below.interested = true;
+        }
+    }
+    return answer;
+}
+
+void FunctionNode::update(bool changed) {
+    DELIVER(this, changed);
+}
+
+bool FunctionNode::receiveUpdate(bool changed, RTD::Monitor* m, bool& result) {
     if (m)
-        m->monitor(3, "[%s] update, child value %s changed", logName.c_str(),
+        m->monitor(3, "[%s] update, child value %s changed", getLogName().c_str(),
                    changed ? "has" : "has not");
     --m_pendingUpdates;
     --s_pendingUpdatesInGraph;
     if (changed) ++m_changedUpdates;
     if (m_pendingUpdates > 0) {
         if (m)
-            m->monitor(3, "[%s]   no recomputation yet, %u updates pending", logName.c_str(),
+            m->monitor(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
                        m_pendingUpdates);
-        return;
+        return false;
     }
-
-    bool result = false;
+    result = false;
     if (m_changedUpdates > 0) {
         if (m)
             m->monitor(3, "[%s]   recomputation required (%u updates with value changes)",
-                       logName.c_str(), m_changedUpdates);
+                       getLogName().c_str(), m_changedUpdates);
         m_changedUpdates = 0;
         result = recompute(false);
     } else if (m) {
         m->monitor(3, "[%s]   no recomputation required (no update with value change)",
-                   logName.c_str());
+                   getLogName().c_str());
     }
-    // Nothing edits this list before it is cleared: the parents' updates run
-    // after the first phase is over, and no propagation can start while
-    // this one runs.
-    for (size_t i = 0; i < m_updatingParents.size(); ++i) m_updatingParents[i]->update(result);
-    m_updatingParents.clear();
+    return true;
+}
+
+void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
+    // Each node passes its outcome to the parents that answered yes to it,
+    // in list order, each parent's own delivery finishing before the next
+    // parent hears. Nothing edits those lists before they are cleared: the
+    // updates run after the first phase is over, and no propagation can
+    // start while this one runs.
+    RTD::Monitor* m = traceMonitor();
+    bool result = false;
+    if (!start->receiveUpdate(changed, m, result)) return;
+    VXVector<DeliverFrame>& stack = t_deliverStack;
+    const size_t base = stack.size();
+    stack.push_back({start, 0, result});
+    while (stack.size() > base) {
+        DeliverFrame& f = stack.back();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_updatingParents.size()) {
+            FunctionNode* p = n->m_updatingParents[f.next++];
+            const bool changedBelow = f.result;
+            if (p->receiveUpdate(changedBelow, m, result)) stack.push_back({p, 0, result});
+            continue;
+        }
+        n->m_updatingParents.clear();
+        stack.pop_back();
+    }
 }
 
 bool FunctionNode::recompute(bool force) {
