@@ -67,9 +67,33 @@ Value errorValueOf(const XCode& code) {
     if (rc.isErr()) result.value = errorValueOf(rc);
 }
 
-// The walks' stacks, shared by the walks of one thread: a walk started from
-// inside another (an observer reading a value) works above the entries of
-// the outer one and leaves them as it found them.
+// A walk's stack: the first levels on the C stack, deeper ones on the heap.
+// Each walk has its own, so a walk started from inside another (an observer
+// reading a value) leaves the outer one's frames alone.
+template <typename Frame>
+class WalkStack {
+public:
+    void push(const Frame& f) {
+        if (m_size < INLINE)
+            m_inline[m_size] = f;
+        else
+            m_spill.push_back(f);
+        ++m_size;
+    }
+    Frame& top() { return m_size <= INLINE ? m_inline[m_size - 1] : m_spill.back(); }
+    void pop() {
+        if (m_size > INLINE) m_spill.pop_back();
+        --m_size;
+    }
+    bool empty() const { return m_size == 0; }
+
+private:
+    static constexpr size_t INLINE = 16;
+    Frame m_inline[INLINE];
+    std::vector<Frame> m_spill;
+    size_t m_size = 0;
+};
+
 struct AskFrame {
     FunctionNode* node;
     size_t next;  // the next parent to ask
@@ -84,12 +108,12 @@ struct ReadFrame {
     FunctionNode* node;
     size_t next;  // the next child to bring up to date
 };
-thread_local VXVector<AskFrame> t_askStack;
-thread_local VXVector<DeliverFrame> t_deliverStack;
-thread_local VXVector<ReadFrame> t_readStack;
-// Children whose release is due, last first; drained by the outermost
-// destructor so that releasing a long chain does not nest destructors.
-thread_local VXVector<Node*> t_releaseStack;
+
+// Nodes whose release is due, while a release is running on this thread:
+// a dying child queues its own children here instead of releasing them from
+// inside its destructor, so that releasing a long chain nests nothing. Made
+// when a release first nests and dropped when it is drained.
+thread_local VXVector<Node*>* t_dueReleases = nullptr;
 thread_local bool t_releasing = false;
 
 }  // namespace
@@ -112,21 +136,30 @@ FunctionNode::~FunctionNode() {
     m_listings = 0;
     s_pendingUpdatesInGraph -= m_pendingUpdates;
     for (const VXLWPtr<Node>& child : m_children) child->removeParent(this);
-    // The children are released in argument order, each one's own children
-    // before the next one (as nested destructors would), but from one loop.
-    for (size_t i = m_children.size(); i-- > 0;) {
-        Node* child = m_children[i].get();
-        child->addRef();
-        t_releaseStack.push_back(child);
+    if (t_releasing) {
+        // Inside another node's release: queue the children, last first, so
+        // that they are released in argument order, each one's own children
+        // before the next one, as nested destructors would release them.
+        if (!t_dueReleases) t_dueReleases = new VXVector<Node*>();
+        for (size_t i = m_children.size(); i-- > 0;) {
+            Node* child = m_children[i].get();
+            child->addRef();
+            t_dueReleases->push_back(child);
+        }
+        m_children.clear();
+        return;
     }
-    m_children.clear();
-    if (t_releasing) return;
     t_releasing = true;
-    while (!t_releaseStack.empty()) {
-        Node* child = t_releaseStack.back();
-        t_releaseStack.pop_back();
-        child->release();
+    for (VXLWPtr<Node>& child : m_children) {
+        child = nullptr;
+        while (t_dueReleases && !t_dueReleases->empty()) {
+            Node* due = t_dueReleases->back();
+            t_dueReleases->pop_back();
+            due->release();
+        }
     }
+    delete t_dueReleases;
+    t_dueReleases = nullptr;
     t_releasing = false;
 }
 
@@ -155,14 +188,15 @@ String FunctionNode::getNormalizedExpression() const {
         const FunctionNode* node;
         size_t next;
     };
-    VXVector<Frame> stack{{this, 0}};
+    WalkStack<Frame> stack;
+    stack.push({this, 0});
     String text = m_functionName;
     text += '(';
     while (!stack.empty()) {
-        Frame& f = stack.back();
+        Frame& f = stack.top();
         if (f.next == f.node->m_children.size()) {
             text += ')';
-            stack.pop_back();
+            stack.pop();
             continue;
         }
         if (f.next) text += ',';
@@ -171,7 +205,7 @@ String FunctionNode::getNormalizedExpression() const {
             const auto* fc = static_cast<const FunctionNode*>(child);
             text += fc->m_functionName;
             text += '(';
-            stack.push_back({fc, 0});
+            stack.push({fc, 0});
         } else {
             text += child->getNormalizedExpression();
         }
@@ -213,22 +247,21 @@ void FunctionNode::requestUpdate() {
 void FunctionNode::bringUpToDate() {
     // Each dirty child is cleared and brought up to date when the walk
     // reaches it, exactly where recompute's read of it would have done so.
-    VXVector<ReadFrame>& stack = t_readStack;
-    const size_t base = stack.size();
-    stack.push_back({this, 0});
-    while (stack.size() > base) {
-        ReadFrame& f = stack.back();
+    WalkStack<ReadFrame> stack;
+    stack.push({this, 0});
+    while (!stack.empty()) {
+        ReadFrame& f = stack.top();
         FunctionNode* n = f.node;
         if (f.next < n->m_children.size()) {
             Node* child = n->m_children[f.next++].get();
             if (child->m_dirty) {
                 auto* fc = static_cast<FunctionNode*>(child);
                 fc->setDirty(false);
-                stack.push_back({fc, 0});
+                stack.push({fc, 0});
             }
             continue;
         }
-        stack.pop_back();
+        stack.pop();
         n->recompute(false);
     }
 }
@@ -337,16 +370,15 @@ bool FunctionNode::ASK(FunctionNode* start) {
     // is marked dirty; those that say yes expect an update from the node
     // that asked. Untraced, a dirty parent (whose answer is no, with no
     // effect) is passed by, and a node without clean parents asks none.
-    VXVector<AskFrame>& stack = t_askStack;
-    const size_t base = stack.size();
+    WalkStack<AskFrame> stack;
     auto push = [&](FunctionNode* n, AskStep step) {
         const size_t next = !m && n->m_cleanParents == 0 ? n->m_parents.size() : 0;
-        stack.push_back({n, next, step == ASK_PARENTS_INTERESTED});
+        stack.push({n, next, step == ASK_PARENTS_INTERESTED});
     };
     push(start, first);
     bool answer = false;
-    while (stack.size() > base) {
-        AskFrame& f = stack.back();
+    while (!stack.empty()) {
+        AskFrame& f = stack.top();
         FunctionNode* n = f.node;
         if (f.next < n->m_parents.size()) {
             FunctionNode* p = n->m_parents[f.next++];
@@ -364,11 +396,11 @@ bool FunctionNode::ASK(FunctionNode* start) {
             continue;
         }
         const bool yes = n->finishAsk(f.interested, m);
-        stack.pop_back();
-        if (stack.size() == base) {
+        stack.pop();
+        if (stack.empty()) {
             answer = yes;
         } else if (yes) {
-            AskFrame& below = stack.back();
+            AskFrame& below = stack.top();
             below.node->m_updatingParents.push_back(n);
             if (m)
                 m->monitor(3, "[%s]   yes, because a parent is interested",
@@ -419,20 +451,19 @@ void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
     RTD::Monitor* m = traceMonitor();
     bool result = false;
     if (!start->receiveUpdate(changed, m, result)) return;
-    VXVector<DeliverFrame>& stack = t_deliverStack;
-    const size_t base = stack.size();
-    stack.push_back({start, 0, result});
-    while (stack.size() > base) {
-        DeliverFrame& f = stack.back();
+    WalkStack<DeliverFrame> stack;
+    stack.push({start, 0, result});
+    while (!stack.empty()) {
+        DeliverFrame& f = stack.top();
         FunctionNode* n = f.node;
         if (f.next < n->m_updatingParents.size()) {
             FunctionNode* p = n->m_updatingParents[f.next++];
             const bool changedBelow = f.result;
-            if (p->receiveUpdate(changedBelow, m, result)) stack.push_back({p, 0, result});
+            if (p->receiveUpdate(changedBelow, m, result)) stack.push({p, 0, result});
             continue;
         }
         n->m_updatingParents.clear();
-        stack.pop_back();
+        stack.pop();
     }
 }
 

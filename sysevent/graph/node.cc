@@ -105,12 +105,18 @@ bool Node::isDescendant(Node*) const {
 void Node::requestUpdate() {}
 
 bool Node::storeEvent(const Event& e) {
+    if (e.value == m_lastEvent.value) return false;
+    RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
+    if (!m && m_observers.empty()) {
+        // Nobody to tell: no copies of the two values are needed.
+        m_lastEvent = e;
+        return true;
+    }
     // Copies: an observer may read or replace this node's event, and `e` may
     // be this node's own event.
     Value newValue = e.value;
-    Value oldValue = m_lastEvent.value;
-    if (newValue == oldValue) return false;
-    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3)) {
+    Value oldValue = std::move(m_lastEvent.value);
+    if (m) {
         m->monitor(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
                    oldValue.toString().c_str(), newValue.toString().c_str(),
                    Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
