@@ -6,8 +6,7 @@
 #include <unordered_set>
 
 #include "host/runtime/clock.h"
-#include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "host/runtime/time.h"
 #include "sysevent/graph/expression_repository.h"
 #include "sysevent/graph/proxy_repository.h"
@@ -19,19 +18,15 @@ namespace {
 // Sum of m_pendingUpdates over all function nodes; guarded by the engine lock.
 uint64_t s_pendingUpdatesInGraph = 0;
 
-// The monitor when it admits level 3 (the graph's trace level), else null.
-RTD::Monitor* traceMonitor() {
-    return RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
-}
-
-// The value a failing compute() leaves in the node: the error an engine code
-// names, "#ERR!" for any other code. An engine code naming a subtype that is
-// no error cannot stand for an error value, so it counts as "any other code".
+// The value a failing compute() leaves in the node: the value of the subtype
+// an engine code names (an error for errToXCode of an error, but any subtype
+// counts), "#ERR!" for any other code and for an engine code beyond the
+// subtypes, which has no value to stand for.
 Value errorValueOf(const XCode& code) {
     const uint32_t c = code.getValue();
     if ((c & 0xFF000000u) == (ENGINE_ERROR_BASE & 0xFF000000u)) {
         const uint32_t st = c & 0x00FFFFFFu;
-        if (st >= DST_ERR_DIV0 && st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
+        if (st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
     }
     return Value(DST_ERR_GENERIC);
 }
@@ -44,13 +39,13 @@ Value errorValueOf(const XCode& code) {
     text += v.toString();
 }
 
-[[gnu::noinline, gnu::cold]] void traceRecompute(RTD::Monitor* m, const FunctionNode& node,
+[[gnu::noinline, gnu::cold]] void traceRecompute(const FunctionNode& node,
                                                  const String& argumentText, const Event& result) {
-    m->monitor(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
-               node.getFunctionName().c_str(), argumentText.c_str(),
-               result.value.toString().c_str(),
-               Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
-               VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
+    SYSEVENT_LOG(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
+                 node.getFunctionName().c_str(), argumentText.c_str(),
+                 result.value.toString().c_str(),
+                 Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
+                 VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
 }
 
 [[gnu::noinline]] void setErrorValue(Value& v, const Value& error) {
@@ -59,12 +54,6 @@ Value errorValueOf(const XCode& code) {
 
 [[gnu::noinline]] void setErrorValue(Value& v, DataSubType st) {
     v = Value(st);
-}
-
-// compute(), with a failure turned into an error value.
-[[gnu::noinline]] void computeInto(FunctionNode& node, Event& result) {
-    const XCode rc = node.compute(result);
-    if (rc.isErr()) result.value = errorValueOf(rc);
 }
 
 // A walk's stack: the first levels on the C stack, deeper ones on the heap.
@@ -117,6 +106,25 @@ thread_local VXVector<Node*>* t_dueReleases = nullptr;
 thread_local bool t_releasing = false;
 
 }  // namespace
+
+[[gnu::noinline]] void FunctionNode::computeInto(Event& result) {
+    // Reading an argument may recompute a dirty child, but never this node,
+    // so the flag belongs to this compute alone.
+    m_argumentMissing = false;
+    const XCode rc = compute(result);
+    if (m_argumentMissing) {
+        m_argumentMissing = false;
+        result.value = Value(DST_ERR_VAL);
+    } else if (rc.isErr()) {
+        result.value = errorValueOf(rc);
+    }
+}
+
+const Event& FunctionNode::missingArgument() const {
+    static const Event s_undefined;
+    m_argumentMissing = true;
+    return s_undefined;
+}
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
     : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
@@ -214,8 +222,7 @@ String FunctionNode::getNormalizedExpression() const {
 }
 
 bool FunctionNode::triggerEvent(const Event& e) {
-    if (RTD::Monitor* m = traceMonitor())
-        m->monitor(3, "[%s]   clear dirty flag", getLogName().c_str());
+    SYSEVENT_LOG(3, "[%s]   clear dirty flag", getLogName().c_str());
     setDirty(false);
     return Node::triggerEvent(e);
 }
@@ -308,9 +315,10 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
-    // for each other position in which it is still an argument.
-    for (const VXLWPtr<Node>& c : m_children)
-        if (c == oldChild) oldChild->addParent(this);
+    // for each other position in which it is still an argument, so that
+    // every node has one link per position, also when it replaces itself.
+    for (size_t i = 0; i < m_children.size(); ++i)
+        if (i != index && m_children[i] == oldChild) oldChild->addParent(this);
     child->addParent(this);
     return XCode();
 }
@@ -327,43 +335,43 @@ bool FunctionNode::shallBeUpdated() {
     return ASK(this);
 }
 
-FunctionNode::AskStep FunctionNode::beginAsk(RTD::Monitor* m) {
-    if (m) m->monitor(3, "[%s] Shall be updated?", getLogName().c_str());
+FunctionNode::AskStep FunctionNode::beginAsk() {
+    SYSEVENT_LOG(3, "[%s] Shall be updated?", getLogName().c_str());
     if (m_dirty) return ANSWER_NO;
-    if (m) m->monitor(3, "[%s]   Not dirty", getLogName().c_str());
+    SYSEVENT_LOG(3, "[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
         // Reached again along another path: our parents were asked already.
-        if (m) m->monitor(3, "[%s]   yes, we already know", getLogName().c_str());
+        SYSEVENT_LOG(3, "[%s]   yes, we already know", getLogName().c_str());
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
-        if (m) m->monitor(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
         return ANSWER_YES;
     }
 
     const bool interested = m_interestCount > 0;
-    if (interested && m)
-        m->monitor(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
-                   m_interestCount);
+    if (interested)
+        SYSEVENT_LOG(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
+                     m_interestCount);
     m_updatingParents.clear();
     return interested ? ASK_PARENTS_INTERESTED : ASK_PARENTS;
 }
 
-bool FunctionNode::finishAsk(bool interested, RTD::Monitor* m) {
+bool FunctionNode::finishAsk(bool interested) {
     if (!interested) {
         setDirty(true);
-        if (m) m->monitor(3, "[%s]   no; marked dirty", getLogName().c_str());
+        SYSEVENT_LOG(3, "[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
     ++m_pendingUpdates;
     ++s_pendingUpdatesInGraph;
-    if (m) m->monitor(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
+    SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
     return true;
 }
 
 bool FunctionNode::ASK(FunctionNode* start) {
-    RTD::Monitor* m = traceMonitor();
-    const AskStep first = start->beginAsk(m);
+    const bool traced = LOG_ADMITS(3);
+    const AskStep first = start->beginAsk();
     if (first == ANSWER_NO || first == ANSWER_YES) return first == ANSWER_YES;
 
     // Every parent is asked, so that each one counts its pending update or
@@ -372,7 +380,7 @@ bool FunctionNode::ASK(FunctionNode* start) {
     // effect) is passed by, and a node without clean parents asks none.
     WalkStack<AskFrame> stack;
     auto push = [&](FunctionNode* n, AskStep step) {
-        const size_t next = !m && n->m_cleanParents == 0 ? n->m_parents.size() : 0;
+        const size_t next = !traced && n->m_cleanParents == 0 ? n->m_parents.size() : 0;
         stack.push({n, next, step == ASK_PARENTS_INTERESTED});
     };
     push(start, first);
@@ -382,29 +390,27 @@ bool FunctionNode::ASK(FunctionNode* start) {
         FunctionNode* n = f.node;
         if (f.next < n->m_parents.size()) {
             FunctionNode* p = n->m_parents[f.next++];
-            if (!m && p->m_dirty) continue;
-            const AskStep step = p->beginAsk(m);
+            if (!traced && p->m_dirty) continue;
+            const AskStep step = p->beginAsk();
             if (step == ANSWER_YES) {
                 n->m_updatingParents.push_back(p);
-                if (m)
-                    m->monitor(3, "[%s]   yes, because a parent is interested",
-                               n->getLogName().c_str());
+                SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
+                             n->getLogName().c_str());
                 f.interested = true;
             } else if (step != ANSWER_NO) {
                 push(p, step);
             }
             continue;
         }
-        const bool yes = n->finishAsk(f.interested, m);
+        const bool yes = n->finishAsk(f.interested);
         stack.pop();
         if (stack.empty()) {
             answer = yes;
         } else if (yes) {
             AskFrame& below = stack.top();
             below.node->m_updatingParents.push_back(n);
-            if (m)
-                m->monitor(3, "[%s]   yes, because a parent is interested",
-                           below.node->getLogName().c_str());
+            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
+                         below.node->getLogName().c_str());
             below.interested = true;
         }
     }
@@ -415,29 +421,26 @@ void FunctionNode::update(bool changed) {
     DELIVER(this, changed);
 }
 
-bool FunctionNode::receiveUpdate(bool changed, RTD::Monitor* m, bool& result) {
-    if (m)
-        m->monitor(3, "[%s] update, child value %s changed", getLogName().c_str(),
-                   changed ? "has" : "has not");
+bool FunctionNode::receiveUpdate(bool changed, bool& result) {
+    SYSEVENT_LOG(3, "[%s] update, child value %s changed", getLogName().c_str(),
+                 changed ? "has" : "has not");
     --m_pendingUpdates;
     --s_pendingUpdatesInGraph;
     if (changed) ++m_changedUpdates;
     if (m_pendingUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
-                       m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
+                     m_pendingUpdates);
         return false;
     }
     result = false;
     if (m_changedUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   recomputation required (%u updates with value changes)",
-                       getLogName().c_str(), m_changedUpdates);
+        SYSEVENT_LOG(3, "[%s]   recomputation required (%u updates with value changes)",
+                     getLogName().c_str(), m_changedUpdates);
         m_changedUpdates = 0;
         result = recompute(false);
-    } else if (m) {
-        m->monitor(3, "[%s]   no recomputation required (no update with value change)",
-                   getLogName().c_str());
+    } else {
+        SYSEVENT_LOG(3, "[%s]   no recomputation required (no update with value change)",
+                     getLogName().c_str());
     }
     return true;
 }
@@ -448,9 +451,8 @@ void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
     // parent hears. Nothing edits those lists before they are cleared: the
     // updates run after the first phase is over, and no propagation can
     // start while this one runs.
-    RTD::Monitor* m = traceMonitor();
     bool result = false;
-    if (!start->receiveUpdate(changed, m, result)) return;
+    if (!start->receiveUpdate(changed, result)) return;
     WalkStack<DeliverFrame> stack;
     stack.push({start, 0, result});
     while (!stack.empty()) {
@@ -459,7 +461,7 @@ void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
         if (f.next < n->m_updatingParents.size()) {
             FunctionNode* p = n->m_updatingParents[f.next++];
             const bool changedBelow = f.result;
-            if (p->receiveUpdate(changedBelow, m, result)) stack.push({p, 0, result});
+            if (p->receiveUpdate(changedBelow, result)) stack.push({p, 0, result});
             continue;
         }
         n->m_updatingParents.clear();
@@ -471,7 +473,7 @@ bool FunctionNode::recompute(bool force) {
     Event result;
     const bool manualErrors = handlesErrorsManually();
     const bool manualTime = handlesTimeManually();
-    const bool withArgumentText = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 1);
+    const bool withArgumentText = LOG_ADMITS(1);
     String argumentText;
 
     for (size_t i = 0; i < m_children.size(); ++i) {
@@ -493,9 +495,9 @@ bool FunctionNode::recompute(bool force) {
     }
     if (m_children.empty() && !manualTime) result.start = result.end = VX::Time::NOW(1);
 
-    if (!result.value.isError()) computeInto(*this, result);
+    if (!result.value.isError()) computeInto(result);
 
-    if (RTD::Monitor* m = traceMonitor()) traceRecompute(m, *this, argumentText, result);
+    if (LOG_ADMITS(3)) traceRecompute(*this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
 }
 

@@ -17,7 +17,6 @@
 #include <cstdint>
 
 #include "host/runtime/containers.h"
-#include "host/runtime/monitor.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
@@ -26,6 +25,22 @@
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
+
+// One item of the inner state by which a timer-driven or latching function
+// decides its future output (a held-back value and when it falls due, a
+// latch, a span), read for explaining a value without touching the graph.
+struct FunctionState {
+    explicit FunctionState(const String& w, const Value& v = Value()) : what(w), value(v) {}
+    // An item with a time: when it falls due (`due`) or when it happened.
+    FunctionState(const String& w, const Value& v, bool due, const VX::Time& t)
+        : what(w), value(v), hasTime(true), isDue(due), time(t) {}
+
+    String what;  // "pending", "queued", "watching", "latched", "span", ...
+    Value value;  // DST_UNDEF when the item carries no value
+    bool hasTime = false;
+    bool isDue = false;  // `time` is when a timer falls due (else: when it happened)
+    VX::Time time;
+};
 
 class FunctionNode : public Node {
 public:
@@ -89,6 +104,10 @@ public:
     // span). A failure code becomes an error value: an engine code
     // (errToXCode) that error, any other code "#ERR!".
     virtual XCode compute(Event& result) = 0;
+    // Appends the items of the node's inner state to `out`; nothing for
+    // functions without one. Reads only: never recomputes, starts or stops
+    // anything.
+    virtual void describeState(VXVector<FunctionState>& out) const { (void)out; }
 
     const String& getFunctionName() const { return m_functionName; }
     const String& getParameterText() const { return m_parameterText; }
@@ -96,8 +115,16 @@ public:
     unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
     // Child `i` (i < getChildCount()).
     Node* getChild(unsigned i) const { return m_children[i].get(); }
-    // The current value of argument `i`, brought up to date if it is dirty.
-    const Value& getArgument(unsigned i) const { return m_children[i]->getLastEvent().value; }
+    // The current event and value of argument `i`, brought up to date if it
+    // is dirty. A function may be given fewer arguments than it reads (an
+    // operator whose operand is a pattern matching nothing): reading one that
+    // is not there gives an undefined event and makes the computation's
+    // result "#VAL!", whatever compute returns.
+    const Event& getArgumentEvent(unsigned i) const {
+        if (i < m_children.size()) return m_children[i]->getLastEvent();
+        return missingArgument();
+    }
+    const Value& getArgument(unsigned i) const { return getArgumentEvent(i).value; }
 
     bool isDirty() const { return m_dirty; }
     uint32_t getPendingUpdates() const { return m_pendingUpdates; }
@@ -121,6 +148,8 @@ protected:
     String m_functionName;
     String m_parameterText;
     VXVector<VXLWPtr<Node>> m_children;
+    // Set when the running compute read an argument that is not there.
+    mutable bool m_argumentMissing = false;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 
@@ -131,20 +160,25 @@ private:
     enum AskStep { ANSWER_NO, ANSWER_YES, ASK_PARENTS, ASK_PARENTS_INTERESTED };
     // First phase, from this node upwards.
     static bool ASK(FunctionNode* start);
-    AskStep beginAsk(RTD::Monitor* m);
-    bool finishAsk(bool interested, RTD::Monitor* m);
+    AskStep beginAsk();
+    bool finishAsk(bool interested);
     // Second phase, from this node upwards.
     static void DELIVER(FunctionNode* start, bool changed);
     // True when this was the last pending update; `result` then tells the
     // parents whether this node's value changed.
-    bool receiveUpdate(bool changed, RTD::Monitor* m, bool& result);
+    bool receiveUpdate(bool changed, bool& result);
     // Lazy evaluation: recomputes the dirty nodes below this one, children
     // before parents, in the order a recursive read would reach them.
     void bringUpToDate();
 
+    // compute(), with a failure, or a read past the argument list, turned
+    // into an error value.
+    void computeInto(Event& result);
     // True when taking `child` as an argument would make this node its own
     // descendant.
     bool wouldCloseCycle(Node* child) const;
+    // Notes that compute read past the argument list; the undefined event.
+    const Event& missingArgument() const;
 
     // The parents that answered yes to this node's shallBeUpdated in the
     // running propagation, once per yes; they, and only they, expect an

@@ -8,7 +8,7 @@
 
 #include "host/runtime/clock.h"
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "host/runtime/time.h"
 #include "sysevent/graph/expression_repository.h"
 #include "sysevent/graph/function_node.h"
@@ -72,8 +72,7 @@ bool Node::setValue(const Value& v) {
 bool Node::triggerEvent(const Event& e) {
     if (!storeEvent(e)) return false;
     if (s_updateInProgress) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-            m->monitor(3, "VALUE SET WHILE UPDATE IN PROGRESS");
+        SYSEVENT_LOG(3, "VALUE SET WHILE UPDATE IN PROGRESS");
         return true;
     }
     s_updateInProgress = true;
@@ -81,7 +80,7 @@ bool Node::triggerEvent(const Event& e) {
     // questions are traced they are not asked at all, so a change costs
     // nothing for dependents that nobody reads. The collected list is
     // bounded by the clean links.
-    const bool traced = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
+    const bool traced = LOG_ADMITS(3);
     if (traced || m_cleanParents > 0) {
         VXVector<FunctionNode*> updating;
         updating.reserve(m_cleanParents);
@@ -106,8 +105,7 @@ void Node::requestUpdate() {}
 
 bool Node::storeEvent(const Event& e) {
     if (e.value == m_lastEvent.value) return false;
-    RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
-    if (!m && m_observers.empty()) {
+    if (m_observers.empty() && !LOG_ADMITS(3)) {
         // Nobody to tell: no copies of the two values are needed.
         m_lastEvent = e;
         return true;
@@ -116,12 +114,10 @@ bool Node::storeEvent(const Event& e) {
     // be this node's own event.
     Value newValue = e.value;
     Value oldValue = std::move(m_lastEvent.value);
-    if (m) {
-        m->monitor(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
-                   oldValue.toString().c_str(), newValue.toString().c_str(),
-                   Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
-                   VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
-    }
+    SYSEVENT_LOG(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
+                 oldValue.toString().c_str(), newValue.toString().c_str(),
+                 Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
+                 VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
     m_lastEvent = e;
     // An observer may remove itself or others while being told. Walk a
     // snapshot and skip entries removed meanwhile (a removed observer may be
