@@ -16,6 +16,13 @@
 
 namespace DB::detail {
 
+// "DATABASE ENTRY NOT FOUND: <table>" (E_NOT_FOUND).
+XCode NOT_FOUND(const StructDef& s);
+
+// Fills `row` (entry `uid` of `s`, without ancestors) from the current result
+// row of `st`, whose columns are the table's columns in order.
+void CELLS_OF(const Statement& st, const StructDef& s, uint64_t uid, Row& row);
+
 // Entry `uid` of table `s`, without ancestors. E_NOT_FOUND when missing.
 XCode READ_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
                std::shared_ptr<const Row>& out);
