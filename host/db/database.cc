@@ -213,6 +213,7 @@ XCode Database::end(bool commit, bool joined, uint64_t generation) {
     VXVector<Notification> changes;
     if (commit && rc.isSuccess()) changes.swap(pending_);
     pending_.clear();
+    lastRows_.clear();
     depth_ = 0;
     outerType_ = -1;
     lock_.unlock();

@@ -146,6 +146,7 @@ XCode ObjWrite::insert(const String& table, const Values& values, uint64_t* uid)
         }
         sql += " (" + names + ") VALUES (" + params + ")";
     }
+    db.lastRows_.clear();
     Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     detail::Statement st;
@@ -175,52 +176,41 @@ XCode ObjWrite::update(const String& table, uint64_t uid, const Values& values) 
     Database& db = *tx_.getDatabase();
 
     // An update that leaves the parent reference alone needs no parent check,
-    // so its one UPDATE statement is atomic by itself and hands back the new
-    // values (RETURNING) without a savepoint or a second read; AFTER triggers
-    // could change the row behind RETURNING's back, so a table with triggers
-    // takes the general path, as does a change of the parent reference.
-    bool general = s->hasTriggers;
-    for (const auto& cell : cells) {
-        general = general || cell.first == s->parentStructColumn || cell.first == s->parentIdColumn;
-    }
+    // so its one UPDATE statement is atomic by itself: no savepoint. What it
+    // stores is what the parsed values are (each field type's values keep
+    // their kind under the column's affinity, and only the table's own
+    // triggers could change more), so the entry afterwards is known without
+    // reading it again, and the next update of it in this transaction starts
+    // from there. A table with triggers or parent fields, or a change of the
+    // parent reference, takes the general path.
+    bool general = s->hasTriggers || s->hasParentFields();
     std::optional<Savepoint> sp;
     if (general) {
         sp.emplace(*db.statements_, db.path_);
         if (sp->status().isErr()) return sp->status();
+        db.lastRows_.clear();
     }
-    std::shared_ptr<const Row> before, after;
-    rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, before);
-    if (rc.isErr() || cells.empty()) return rc;
+    std::shared_ptr<const Row> before = general ? nullptr : db.lastRow(s->no, uid);
+    std::shared_ptr<const Row> after;
+    if (!before) {
+        rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, before);
+        if (rc.isErr()) return rc;
+    }
+    if (cells.empty()) return XCode();
 
-    String sql = "UPDATE " + s->quoted + " SET ";
-    for (size_t i = 0; i < cells.size(); ++i) {
-        sql += (i ? ", " : "") + s->fields[cells[i].first].quoted + " = ?" +
-               String::stringOf(static_cast<unsigned long long>(i + 1));
-    }
-    sql += " WHERE rowid = ?" + String::stringOf(static_cast<unsigned long long>(cells.size() + 1));
-    if (!general) sql += " RETURNING " + s->columns;
-    detail::Statement st;
-    rc = st.prepare(*db.statements_, sql, s->name);
-    if (rc.isErr()) return rc;
-    for (size_t i = 0; i < cells.size(); ++i) st.bind(static_cast<int>(i + 1), cells[i].second);
-    st.bind(static_cast<int>(cells.size() + 1), static_cast<int64_t>(uid));
+    rc = detail::UPDATE_ROW(*db.statements_, *s, uid, cells);
     if (general) {
-        rc = st.run();
         if (rc.isSuccess())
             rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, after);
         if (rc.isSuccess()) rc = checkParent(*s, *after);
         if (rc.isSuccess()) rc = sp->commit();
         if (rc.isErr()) return rc;
     } else {
-        // All changes are made by the first step; the row comes with it.
-        if (!st.step(rc)) return rc.isErr() ? rc : detail::NOT_FOUND(*s);
-        auto row = std::make_shared<Row>();
-        detail::CELLS_OF(st, *s, uid, *row);
-        row->parentCaptured = before->parentCaptured;
-        row->parent = before->parent;
-        rc = st.run();
         if (rc.isErr()) return rc;
+        auto row = std::make_shared<Row>(*before);
+        for (const auto& [no, cell] : cells) row->cells[no] = cell;
         after = std::move(row);
+        db.lastRows_[{s->no, uid}] = after;
     }
 
     if (before->cells == after->cells) return XCode();
@@ -239,6 +229,7 @@ XCode ObjWrite::remove(const String& table, uint64_t uid) {
     XCode rc = check(table, s);
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
+    db.lastRows_.clear();
     Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     Changes changes;

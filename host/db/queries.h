@@ -16,12 +16,13 @@
 
 namespace DB::detail {
 
-// "DATABASE ENTRY NOT FOUND: <table>" (E_NOT_FOUND).
-XCode NOT_FOUND(const StructDef& s);
+// Entry `uid` of table `s` into `row`, without ancestors. E_NOT_FOUND when
+// missing.
+XCode READ_CELLS(StatementCache& cache, const StructDef& s, uint64_t uid, Row& row);
 
-// Fills `row` (entry `uid` of `s`, without ancestors) from the current result
-// row of `st`, whose columns are the table's columns in order.
-void CELLS_OF(const Statement& st, const StructDef& s, uint64_t uid, Row& row);
+// Sets the given columns (field number, value) of entry `uid`.
+XCode UPDATE_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
+                 const VXVector<std::pair<uint16_t, Cell>>& cells);
 
 // Entry `uid` of table `s`, without ancestors. E_NOT_FOUND when missing.
 XCode READ_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
