@@ -36,7 +36,10 @@ class IDriverRepository;
 
 namespace VX::SysEvent {
 
-class Observer : public IReadObserver, private DriverRepositoryObserver {
+// The driver repository observer is a protected base, not a private one: a
+// subclass destroys its virtual base IUnknown, which it may only reach
+// through a base it can access.
+class Observer : public IReadObserver, protected DriverRepositoryObserver {
 public:
     using ValueChangeCallback = VX::Function<void(String, Value)>;
     using DestroyCallback = VX::Function<void(String)>;
