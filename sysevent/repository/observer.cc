@@ -14,7 +14,7 @@
 #include "host/component/driver_repository.h"
 #include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
@@ -44,13 +44,9 @@ void shielded(const String& name, F&& call) {
     try {
         call();
     } catch (const std::exception& e) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
-            m->monitor(0, "[%s] Observer callback failed: %s", name.c_str(), e.what());
-        }
+        SYSEVENT_LOG(0, "[%s] Observer callback failed: %s", name.c_str(), e.what());
     } catch (...) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
-            m->monitor(0, "[%s] Observer callback failed", name.c_str());
-        }
+        SYSEVENT_LOG(0, "[%s] Observer callback failed", name.c_str());
     }
 }
 
