@@ -107,7 +107,7 @@ void Observer::addTo(const String& pattern, bool notifyNow) {
     }
     // Only a plain name without an object, or a pattern that does not
     // compile, fails; a wildcard that matches nothing yet succeeds quietly.
-    if (rc.isErr() && notifyNow) changed(pattern, Value(DST_ERR_NA));
+    if (rc.isErr() && notifyNow) deliverChange(pattern, Value(DST_ERR_NA));
     Pattern& entry = m_names[pattern];
     entry.notifyNow = notifyNow;
     if (!entry.regex)
@@ -175,7 +175,7 @@ void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
         VXLockPtr<IRead> held(source);
         name = held->getName();
     }
-    changed(name, newValue);
+    deliverChange(name, newValue);
 }
 
 void Observer::notifyValueDestroyed(const String& name) {
@@ -214,11 +214,11 @@ void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr
     const String name = object->getName();
     for (const bool notifyNow : matching(m_names, name)) {
         unsubscribe(object.get());
-        if (notifyNow) changed(name, Value(DST_ERR_NA));
+        if (notifyNow) deliverChange(name, Value(DST_ERR_NA));
     }
 }
 
-void Observer::changed(const String& name, const Value& value) {
+void Observer::deliverChange(const String& name, const Value& value) {
     shielded(name, [&] { notifyValueChanged(name, value); });
 }
 
