@@ -18,7 +18,7 @@ XCode ONCE::compute(Event& result) {
         result = m_latchedEvent;
         return XCode();
     }
-    result = getChild(0)->getLastEvent();
+    result = getArgumentEvent(0);
     // An error or undefined value fails to convert, so it never latches.
     Value truth = result.value;
     if (truth.toBoolean().isSuccess() && truth.data.boolean) {

@@ -11,8 +11,8 @@ XCode WITHIN::verifyArguments() {
 
 XCode WITHIN::compute(Event& result) {
     // Copies: reading the second argument may recompute nodes below both.
-    const Event expr = getChild(0)->getLastEvent();
-    const Event period = getChild(1)->getLastEvent();
+    const Event expr = getArgumentEvent(0);
+    const Event period = getArgumentEvent(1);
     if (period.value.getDataType() != DT_TIME) return errToXCode(DST_ERR_VAL);
     if (period.value.subtype != DST_REL_TIME) return errToXCode(DST_ERR_NUM);
     Value truth = expr.value;

@@ -115,8 +115,16 @@ public:
     unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
     // Child `i` (i < getChildCount()).
     Node* getChild(unsigned i) const { return m_children[i].get(); }
-    // The current value of argument `i`, brought up to date if it is dirty.
-    const Value& getArgument(unsigned i) const { return m_children[i]->getLastEvent().value; }
+    // The current event and value of argument `i`, brought up to date if it
+    // is dirty. A function may be given fewer arguments than it reads (an
+    // operator whose operand is a pattern matching nothing): reading one that
+    // is not there gives an undefined event and makes the computation's
+    // result "#VAL!", whatever compute returns.
+    const Event& getArgumentEvent(unsigned i) const {
+        if (i < m_children.size()) return m_children[i]->getLastEvent();
+        return missingArgument();
+    }
+    const Value& getArgument(unsigned i) const { return getArgumentEvent(i).value; }
 
     bool isDirty() const { return m_dirty; }
     uint32_t getPendingUpdates() const { return m_pendingUpdates; }
@@ -137,13 +145,20 @@ protected:
     String m_parameterText;
     VXVector<VXLWPtr<Node>> m_children;
     bool m_dirty = true;
+    // Set when the running compute read an argument that is not there.
+    mutable bool m_argumentMissing = false;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 
 private:
+    // compute(), with a failure, or a read past the argument list, turned
+    // into an error value.
+    void computeInto(Event& result);
     // True when taking `child` as an argument would make this node its own
     // descendant.
     bool wouldCloseCycle(Node* child) const;
+    // Notes that compute read past the argument list; the undefined event.
+    const Event& missingArgument() const;
 
     // The parents that answered yes to this node's shallBeUpdated in the
     // running propagation, once per yes; they, and only they, expect an

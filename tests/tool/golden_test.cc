@@ -32,6 +32,8 @@ const GoldenCase CASES[] = {
      "tests/tool/golden/errors.se",
      "", 1},
     {"timers", "run --manual-time --script tests/tool/golden/timers.se", "", 0},
+    {"temporal", "run --manual-time --script tests/tool/golden/temporal.se", "", 0},
+    {"functions", "run --manual-time --script tests/tool/golden/functions.se", "", 1},
     {"database", "run --manual-time --script tests/tool/golden/database.se", "", 0},
     {"line_monitor",
      "run examples/line-monitor/lines.se --manual-time --script examples/line-monitor/run.se", "",
