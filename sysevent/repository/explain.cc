@@ -1,6 +1,8 @@
 // Explaining a value: a read-only walk over the graph under a name.
 #include "sysevent/repository/explain.h"
 
+#include <set>
+
 #include "host/component/driver_repository.h"
 #include "host/runtime/crit.h"
 #include "sysevent/graph/proxy_node.h"
@@ -17,7 +19,8 @@ String bindingOf(const String& name) {
     return object->getType();
 }
 
-void walk(const Node* node, unsigned depth, VXVector<ExplainRow>& rows) {
+void walk(const Node* node, unsigned depth, VXVector<ExplainRow>& rows,
+          std::set<const Node*>& expanded) {
     ExplainRow row;
     row.depth = depth;
     row.event = node->peekLastEvent();
@@ -27,12 +30,12 @@ void walk(const Node* node, unsigned depth, VXVector<ExplainRow>& rows) {
         row.kind = ExplainRow::NAME;
         row.text = proxy->getReferencedName();
         row.binding = bindingOf(row.text);
-        rows.push_back(row);
         // A variable's or constant's value node, or a placeholder, is a leaf
         // that the binding already describes; an expression goes on.
-        if (auto* target = dynamic_cast<const FunctionNode*>(proxy->getTarget())) {
-            walk(target, depth + 1, rows);
-        }
+        auto* target = dynamic_cast<const FunctionNode*>(proxy->getTarget());
+        row.repeated = target && !expanded.insert(target).second;
+        rows.push_back(row);
+        if (target && !row.repeated) walk(target, depth + 1, rows, expanded);
         return;
     }
     if (!function) {
@@ -46,7 +49,7 @@ void walk(const Node* node, unsigned depth, VXVector<ExplainRow>& rows) {
     function->describeState(row.state);
     rows.push_back(row);
     for (unsigned i = 0; i < function->getChildCount(); ++i) {
-        walk(function->getChild(i), depth + 1, rows);
+        walk(function->getChild(i), depth + 1, rows, expanded);
     }
 }
 
@@ -63,7 +66,8 @@ XCode EXPLAIN_VALUE(const String& name, bool fresh, VXVector<ExplainRow>& rows) 
     if (!root)
         return XCode::Failure(String::Formatted("VARIABLE DOES NOT EXIST: %s", name.c_str()));
     if (fresh) root->getLastEvent();
-    walk(root.get(), 0, rows);
+    std::set<const Node*> expanded;
+    walk(root.get(), 0, rows, expanded);
     return XCode();
 }
 

@@ -27,11 +27,14 @@ struct ExplainRow {
     // as) or "#N/A! placeholder" when nothing is published under it.
     String binding;
     VXVector<FunctionState> state;  // FUNCTION: its describeState items
+    // NAME: its expression's tree is in an earlier row already (a shared
+    // sub-expression) and is not repeated.
+    bool repeated = false;
 };
 
 // Fills `rows` with the tree under the published name `name`, depth first in
 // argument order; a name bound to an expression continues with that
-// expression's tree. With `fresh` the name's value is brought up to date
+// expression's tree, the first time it occurs. With `fresh` the name's value is brought up to date
 // first (which recomputes dirty nodes below it). Takes the engine lock.
 // Fails with "VARIABLE DOES NOT EXIST: <name>" when nothing is published
 // under the name.

@@ -26,10 +26,10 @@ void ChangeLog::observe(const String& name) {
 void ChangeLog::record(const String& name, const Value& value) {
     VX::Time now = VX::Time::NOW();
     std::lock_guard<std::mutex> guard(mutex_);
-    std::vector<Change>& history = changes_[name];
+    std::deque<Change>& history = changes_[name];
     if (!history.empty()) {
         const Value& last = history.back().value;
-        if (last.subtype == value.subtype && last.toString() == value.toString()) return;
+        if (last.subtype == value.subtype && last == value) return;
     }
     history.push_back(Change{now, value});
 }
@@ -37,12 +37,17 @@ void ChangeLog::record(const String& name, const Value& value) {
 std::vector<Change> ChangeLog::changes(const String& name) const {
     std::lock_guard<std::mutex> guard(mutex_);
     auto it = changes_.find(name);
-    return it == changes_.end() ? std::vector<Change>() : it->second;
+    if (it == changes_.end()) return std::vector<Change>();
+    return std::vector<Change>(it->second.begin(), it->second.end());
 }
 
 std::map<String, std::vector<Change>> ChangeLog::all() const {
     std::lock_guard<std::mutex> guard(mutex_);
-    return changes_;
+    std::map<String, std::vector<Change>> out;
+    for (const auto& [name, history] : changes_) {
+        out[name].assign(history.begin(), history.end());
+    }
+    return out;
 }
 
 }  // namespace SysEventTool

@@ -8,6 +8,7 @@
 // unobserved debounce starts no timer).
 #pragma once
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -37,8 +38,8 @@ public:
     // Observes the plain name `name` from now on (once; later calls do
     // nothing), recording its current value ("#N/A!" when it does not exist).
     void observe(const String& name);
-    // Records a change of `name` seen elsewhere (a watch). A value identical
-    // to the last recorded one (kind and text) is no change and is dropped.
+    // Records a change of `name` seen elsewhere (a watch). A value equal to
+    // the last recorded one, of the same kind, is no change and is dropped.
     void record(const String& name, const VX::SysEvent::Value& value);
 
     // The changes of `name` so far, oldest first.
@@ -52,7 +53,8 @@ private:
     std::unique_ptr<VX::SysEvent::Observer> observer_;
     std::set<String> observed_;
     mutable std::mutex mutex_;
-    std::map<String, std::vector<Change>> changes_;  // guarded by mutex_
+    // A deque: a long replay appends without moving what it holds.
+    std::map<String, std::deque<Change>> changes_;  // guarded by mutex_
 };
 
 }  // namespace SysEventTool

@@ -10,8 +10,9 @@
 // Each line shows the node's value as it stands and the start and end of
 // its event (one time when they are equal, "never" before the first
 // computation), "dirty" for a node that is stale until read, and the state
-// of timer-driven and latching functions. Nothing is recomputed unless
-// --fresh is given.
+// of timer-driven and latching functions. A name whose tree was shown
+// already (a shared sub-expression) is not expanded again. Nothing is
+// recomputed unless --fresh is given.
 #include "sysevent/repository/explain.h"
 #include "tools/sysevent/literal_reader.h"
 #include "tools/sysevent/session.h"
@@ -44,6 +45,7 @@ String rowText(const ExplainRow& row) {
     if (row.kind == ExplainRow::NAME) line += " (" + row.binding + ")";
     line += " " + eventTimes(row.event);
     if (row.dirty) line += " dirty";
+    if (row.repeated) line += " (tree shown above)";
     for (size_t i = 0; i < row.state.size(); ++i) {
         line += (i == 0 ? " " : ", ") + stateText(row.state[i]);
     }
