@@ -136,9 +136,9 @@ FunctionNode::FunctionNode(const String& functionName, const String& parameterTe
 FunctionNode::~FunctionNode() {
     // The sharing tables forget the node first, while its children still
     // give it its key.
-    if (m_listings & LISTED_AS_PROXY) ProxyRepository::INSTANCE().unlist(this, m_functionName);
+    if (m_listings & LISTED_AS_PROXY) ProxyRepository::INSTANCE()->unlist(this, m_functionName);
     if (m_listings & LISTED_AS_EXPRESSION) {
-        ExpressionRepository::INSTANCE().unlist(
+        ExpressionRepository::INSTANCE()->unlist(
             this, m_kind == KIND_PROXY ? m_functionName : FunctionNode::getNormalizedExpression());
     }
     m_listings = 0;

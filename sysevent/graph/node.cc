@@ -25,7 +25,7 @@ Node::Node(const String& name, const Value& value)
 Node::~Node() {
     // Function nodes leave their tables in ~FunctionNode, while their
     // children still give them their key.
-    if (m_listings & LISTED_AS_EXPRESSION) ExpressionRepository::INSTANCE().unlist(this, m_name);
+    if (m_listings & LISTED_AS_EXPRESSION) ExpressionRepository::INSTANCE()->unlist(this, m_name);
 }
 
 void Node::addObserver(NodeObserver* o) {

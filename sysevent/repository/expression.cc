@@ -133,7 +133,7 @@ XCode CExpression::reevaluateExpression() {
 void CExpression::dropNode() {
     CConstant::dropNode();
     // The next re-evaluation binds the name to the formula again.
-    if (!m_text.isEmpty()) ReevaluationIndex::INSTANCE().markStale(*this);
+    if (!m_text.isEmpty()) ReevaluationIndex::INSTANCE()->markStale(*this);
 }
 
 InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "sysevent/graph/proxy_node.h"
 #include "sysevent/repository/repository.h"
 
 namespace VX::SysEvent {

@@ -55,14 +55,14 @@ TEST(MemoryReturn, DistinctFormulasAndNamesLeaveNothingBehind) {
     VXPtr<Repository> repository = Repository::INSTANCE();
     ASSERT_TRUE(repository->createVariable("mem.x", "", Value(3ULL)).isSuccess());
     churn(*repository, 0, 1000);  // the tables' and caches' first growth
-    const size_t expressions = ExpressionRepository::INSTANCE().size();
-    const size_t proxies = ProxyRepository::INSTANCE().size();
+    const size_t expressions = ExpressionRepository::INSTANCE()->size();
+    const size_t proxies = ProxyRepository::INSTANCE()->size();
     const size_t before = allocated();
     churn(*repository, 1000, 200000);
     const size_t after = allocated();
     EXPECT_LT(after, before + (1u << 20)) << "grew by " << (after - before) << " bytes";
-    EXPECT_EQ(ExpressionRepository::INSTANCE().size(), expressions);
-    EXPECT_EQ(ProxyRepository::INSTANCE().size(), proxies);
+    EXPECT_EQ(ExpressionRepository::INSTANCE()->size(), expressions);
+    EXPECT_EQ(ProxyRepository::INSTANCE()->size(), proxies);
     repository->destroy("mem.x");
 #endif
 }

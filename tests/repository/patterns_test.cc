@@ -8,6 +8,7 @@
 
 #include "host/runtime/function.h"
 #include "repository/repository_test_support.h"
+#include "sysevent/graph/proxy_node.h"
 #include "sysevent/repository/observer.h"
 
 namespace VX::SysEvent::testing {

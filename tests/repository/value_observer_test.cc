@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "repository/repository_test_support.h"
+#include "sysevent/graph/proxy_node.h"
 
 namespace VX::SysEvent::testing {
 namespace {

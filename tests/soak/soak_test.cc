@@ -28,7 +28,9 @@
 #include "host/runtime/crit.h"
 #include "host/runtime/function.h"
 #include "sysevent/database/database_tracker.h"
+#include "host/runtime/event_loop.h"
 #include "sysevent/graph/function_node.h"
+#include "sysevent/graph/proxy_node.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
 
