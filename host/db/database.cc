@@ -36,17 +36,24 @@ XCode quickCheck(sqlite3* conn, const String& path) {
     XCode rc = st.prepare(conn, "PRAGMA quick_check", path);
     if (rc.isErr()) return rc;
     if (!st.step(rc)) return rc;
-    if (st.columnText(0) != "ok") {
-        return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + detail::FILE_OF(conn, path));
+    const String found = st.columnText(0);
+    if (found != "ok") {
+        // SQLite's first finding is the reason; its lines become one.
+        String reason;
+        for (size_t i = 0; i < found.length(); ++i) reason += found[i] == '\n' ? ' ' : found[i];
+        return XCode(E_CORRUPT,
+                     "CORRUPT DATABASE FILE: " + detail::FILE_OF(conn, path) + " (" + reason + ")");
     }
     return XCode();
 }
 
 }  // namespace
 
-Database::Database(sqlite3* conn, const String& path) : conn_(conn), path_(path) {}
+Database::Database(sqlite3* conn, const String& path)
+    : conn_(conn), statements_(new detail::StatementCache(conn)), path_(path) {}
 
 Database::~Database() {
+    statements_.reset();
     sqlite3_close_v2(conn_);
 }
 
@@ -104,7 +111,9 @@ VXPtr<const Base> Database::getBase() const {
 XCode Database::applySchema(const String& sql) {
     VXAutoLock lock(lock_);
     if (depth_ > 0) return XCode(E_TRANSACTION, "TRANSACTION ALREADY ACTIVE: " + path_);
-    XCode rc = detail::EXEC(conn_, "BEGIN IMMEDIATE", path_);
+    // The cached statements were compiled against the old schema.
+    statements_->clear();
+    XCode rc = detail::EXEC(*statements_, "BEGIN IMMEDIATE", path_);
     if (rc.isErr()) return rc;
     int r = sqlite3_exec(conn_, sql.c_str(), nullptr, nullptr, nullptr);
     if (r != SQLITE_OK) {
@@ -141,6 +150,11 @@ XCode Database::applySchema(const String& sql) {
     return XCode();
 }
 
+void Database::setBusyTimeout(int milliseconds) {
+    VXAutoLock lock(lock_);
+    sqlite3_busy_timeout(conn_, milliseconds);
+}
+
 XCode Database::applySchemaFile(const String& path) {
     std::ifstream in(path.c_str(), std::ios::binary);
     std::ostringstream text;
@@ -170,7 +184,7 @@ XCode Database::begin(int type, bool& joined, uint64_t& generation) {
     const char* sql = type == TRANSACTION_READ    ? "BEGIN"
                       : type == TRANSACTION_WRITE ? "BEGIN IMMEDIATE"
                                                   : nullptr;  // registration only
-    XCode rc = sql ? detail::EXEC(conn_, sql, path_) : XCode();
+    XCode rc = sql ? detail::EXEC(*statements_, sql, path_) : XCode();
     if (rc.isErr()) {
         lock_.unlock();
         return rc;
@@ -191,10 +205,10 @@ XCode Database::end(bool commit, bool joined, uint64_t generation) {
     }
     XCode rc;
     if (outerType_ != TRANSACTION_CALLBACK) {
-        if (commit) rc = detail::EXEC(conn_, "COMMIT", path_);
+        if (commit) rc = detail::EXEC(*statements_, "COMMIT", path_);
         // SQLite may have rolled back already after some failures; a second
         // rollback then fails harmlessly.
-        if (!commit || rc.isErr()) detail::EXEC(conn_, "ROLLBACK", path_);
+        if (!commit || rc.isErr()) detail::EXEC(*statements_, "ROLLBACK", path_);
     }
     VXVector<Notification> changes;
     if (commit && rc.isSuccess()) changes.swap(pending_);

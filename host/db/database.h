@@ -14,10 +14,10 @@
 #include <memory>
 #include <mutex>
 
-#include "host/runtime/containers.h"
 #include "host/db/base.h"
 #include "host/db/cell.h"
 #include "host/db/types.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/lock.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
@@ -31,6 +31,10 @@ class ComponentEndpoint;
 }  // namespace VX
 
 namespace DB {
+
+namespace detail {
+class StatementCache;
+}
 
 class Database : public VX::RefCounted {
 public:
@@ -69,6 +73,11 @@ public:
     // The current dictionary. Transactions, keys and entries keep the one
     // they were made with.
     VXPtr<const Base> getBase() const;
+    // How long a statement waits for another connection (another process)
+    // that holds the file before it fails with "DATABASE IS BUSY"; 2000 ms
+    // unless set.
+    void setBusyTimeout(int milliseconds);
+
     // The file's absolute path, or ":memory:".
     const String& getPath() const { return path_; }
 
@@ -116,6 +125,8 @@ private:
     void deliver(const VXVector<Notification>& changes);
 
     sqlite3* conn_;
+    // conn_'s prepared statements; guarded by lock_ like conn_ itself.
+    std::unique_ptr<detail::StatementCache> statements_;
     String path_;
     // Serialises conn_; held by an open transaction. Guards depth_,
     // outerType_, generation_ and pending_.

@@ -45,7 +45,7 @@ XCode ObjRead::position(uint64_t uid) {
     const StructDef* s;
     XCode rc = table(s);
     std::shared_ptr<const Row> row;
-    if (rc.isSuccess()) rc = detail::READ_ROW(db_->conn_, *s, uid, row);
+    if (rc.isSuccess()) rc = detail::READ_ROW(*db_->statements_, *s, uid, row);
     if (rc.isSuccess()) row_ = std::move(row);
     return rc;
 }
@@ -62,9 +62,9 @@ XCode ObjRead::lookup(const _Key& key) {
     // key's, so that field numbers and types agree with what was matched.
     VXAutoLock lock(db_->lock_);
     uint64_t uid;
-    rc = detail::FIND_BY_INDEX(db_->conn_, *s, *index, values, uid);
+    rc = detail::FIND_BY_INDEX(*db_->statements_, *s, *index, values, uid);
     std::shared_ptr<const Row> row;
-    if (rc.isSuccess()) rc = detail::READ_ROW(db_->conn_, *s, uid, row);
+    if (rc.isSuccess()) rc = detail::READ_ROW(*db_->statements_, *s, uid, row);
     if (rc.isErr()) return rc;
     base_ = key.getDatabaseDescription();
     structNo_ = s->no;
@@ -78,7 +78,7 @@ XCode ObjRead::readFirst() {
     if (rc.isErr()) return rc;
     VXAutoLock lock(db_->lock_);
     uint64_t uid;
-    rc = detail::FIND_NEXT(db_->conn_, *s, 0, uid);
+    rc = detail::FIND_NEXT(*db_->statements_, *s, 0, uid);
     return rc.isSuccess() ? position(uid) : rc;
 }
 
@@ -88,7 +88,7 @@ XCode ObjRead::readNext() {
     if (rc.isErr()) return rc;
     VXAutoLock lock(db_->lock_);
     uint64_t uid;
-    rc = detail::FIND_NEXT(db_->conn_, *s, getUID(), uid);
+    rc = detail::FIND_NEXT(*db_->statements_, *s, getUID(), uid);
     return rc.isSuccess() ? position(uid) : rc;
 }
 
@@ -117,7 +117,7 @@ XCode ObjRead::getParentObj(ObjRead& parent, uint32_t objType, uint32_t objStatu
     if (!row_->parentCaptured) {
         if (!db_) return XCode(E_TRANSACTION, "NO DATABASE");
         VXAutoLock lock(db_->lock_);
-        XCode rc = detail::READ_ROW(db_->conn_, *ps, uid, row);
+        XCode rc = detail::READ_ROW(*db_->statements_, *ps, uid, row);
         if (rc.isErr() && rc.getValue() != E_NOT_FOUND) return rc;
     }
     if (!row) return notFound;

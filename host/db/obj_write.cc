@@ -22,22 +22,26 @@ constexpr int kMaxDepth = 64;
 // An operation's savepoint: released by commit(), rolled back otherwise.
 class Savepoint {
 public:
-    Savepoint(sqlite3* conn, const String& what) : conn_(conn), what_(what) {
-        rc_ = detail::EXEC(conn_, "SAVEPOINT objwrite", what_);
+    Savepoint(detail::StatementCache& cache, const String& what) : cache_(cache), what_(what) {
+        rc_ = detail::EXEC(cache_, "SAVEPOINT objwrite", what_);
     }
     ~Savepoint() {
-        if (open()) detail::EXEC(conn_, "ROLLBACK TO objwrite; RELEASE objwrite", what_);
+        // When SQLite has ended the savepoint itself (some failures roll the
+        // whole transaction back), ROLLBACK TO fails and nothing is released.
+        if (open() && detail::EXEC(cache_, "ROLLBACK TO objwrite", what_).isSuccess()) {
+            detail::EXEC(cache_, "RELEASE objwrite", what_);
+        }
     }
     const XCode& status() const { return rc_; }
     XCode commit() {
-        XCode rc = detail::EXEC(conn_, "RELEASE objwrite", what_);
+        XCode rc = detail::EXEC(cache_, "RELEASE objwrite", what_);
         if (rc.isSuccess()) released_ = true;
         return rc;
     }
 
 private:
     bool open() const { return rc_.isSuccess() && !released_; }
-    sqlite3* conn_;
+    detail::StatementCache& cache_;
     String what_;
     XCode rc_;
     bool released_ = false;
@@ -96,7 +100,7 @@ XCode ObjWrite::checkParent(const StructDef& s, const Row& row) const {
     uint16_t no;
     uint64_t uid;
     if (!detail::PARENT_OF(s, row, no, uid)) return XCode();
-    sqlite3* conn = tx_.getDatabase()->conn_;
+    detail::StatementCache& conn = *tx_.getDatabase()->statements_;
     const Base& base = tx_.getBase();
     for (int depth = 0; depth < kMaxDepth; ++depth) {
         if (no == s.no && uid == row.uid) {
@@ -136,10 +140,10 @@ XCode ObjWrite::insert(const String& table, const Values& values, uint64_t* uid)
         }
         sql += " (" + names + ") VALUES (" + params + ")";
     }
-    Savepoint sp(db.conn_, db.path_);
+    Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     detail::Statement st;
-    rc = st.prepare(db.conn_, sql, s->name);
+    rc = st.prepare(*db.statements_, sql, s->name);
     if (rc.isErr()) return rc;
     for (size_t i = 0; i < cells.size(); ++i) st.bind(static_cast<int>(i + 1), cells[i].second);
     rc = st.run();
@@ -147,7 +151,7 @@ XCode ObjWrite::insert(const String& table, const Values& values, uint64_t* uid)
 
     uint64_t newUid = static_cast<uint64_t>(sqlite3_last_insert_rowid(db.conn_));
     std::shared_ptr<const Row> row;
-    rc = detail::CAPTURE_ROW(db.conn_, tx_.getBase(), *s, newUid, row);
+    rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, newUid, row);
     if (rc.isSuccess()) rc = checkParent(*s, *row);
     if (rc.isSuccess()) rc = sp.commit();
     if (rc.isErr()) return rc;
@@ -164,10 +168,10 @@ XCode ObjWrite::update(const String& table, uint64_t uid, const Values& values) 
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
 
-    Savepoint sp(db.conn_, db.path_);
+    Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     std::shared_ptr<const Row> before, after;
-    rc = detail::CAPTURE_ROW(db.conn_, tx_.getBase(), *s, uid, before);
+    rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, before);
     if (rc.isErr() || cells.empty()) return rc;
 
     String sql = "UPDATE " + detail::QUOTE(s->name) + " SET ";
@@ -177,12 +181,12 @@ XCode ObjWrite::update(const String& table, uint64_t uid, const Values& values) 
     }
     sql.concatf(" WHERE rowid = ?%zu", cells.size() + 1);
     detail::Statement st;
-    rc = st.prepare(db.conn_, sql, s->name);
+    rc = st.prepare(*db.statements_, sql, s->name);
     if (rc.isErr()) return rc;
     for (size_t i = 0; i < cells.size(); ++i) st.bind(static_cast<int>(i + 1), cells[i].second);
     st.bind(static_cast<int>(cells.size() + 1), static_cast<int64_t>(uid));
     rc = st.run();
-    if (rc.isSuccess()) rc = detail::CAPTURE_ROW(db.conn_, tx_.getBase(), *s, uid, after);
+    if (rc.isSuccess()) rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, after);
     if (rc.isSuccess()) rc = checkParent(*s, *after);
     if (rc.isSuccess()) rc = sp.commit();
     if (rc.isErr()) return rc;
@@ -205,7 +209,7 @@ XCode ObjWrite::remove(const String& table, uint64_t uid) {
     XCode rc = check(table, s);
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
-    Savepoint sp(db.conn_, db.path_);
+    Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     Changes changes;
     rc = removeTree(*s, uid, 0, changes);
@@ -219,7 +223,7 @@ XCode ObjWrite::removeTree(const StructDef& s, uint64_t uid, int depth, Changes&
     if (depth > kMaxDepth) {
         return XCode(E_CONSTRAINT).setStringF("PARENT REFERENCES FORM A CYCLE: %s", s.name.c_str());
     }
-    sqlite3* conn = tx_.getDatabase()->conn_;
+    detail::StatementCache& conn = *tx_.getDatabase()->statements_;
     const Base& base = tx_.getBase();
     std::shared_ptr<const Row> row;
     XCode rc = detail::CAPTURE_ROW(conn, base, s, uid, row);
@@ -256,7 +260,7 @@ XCode ObjWrite::uidOf(const _Key& key, String& table, uint64_t& uid) const {
         if (!current || current->fields.size() != values.size()) {
             return XCode(E_SCHEMA).setStringF("INVALID DATABASE INDEX: %s", index->sqlName.c_str());
         }
-        rc = detail::FIND_BY_INDEX(tx_.getDatabase()->conn_, *s, *current, values, uid);
+        rc = detail::FIND_BY_INDEX(*tx_.getDatabase()->statements_, *s, *current, values, uid);
     }
     if (rc.isSuccess()) table = s->name;
     return rc;

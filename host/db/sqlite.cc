@@ -35,20 +35,29 @@ String FILE_OF(sqlite3* conn, const String& fallback) {
 
 XCode SQLITE_FAILURE(sqlite3* conn, int rc, const String& what) {
     const char* msg = conn ? sqlite3_errmsg(conn) : sqlite3_errstr(rc);
+    // A fault of the file: which file, and SQLite's own words for what is
+    // wrong with it, since the kind alone rarely tells an operator what to do.
+    auto file = [&](uint32_t code, const char* kind) {
+        return XCode(code, String(kind) + ": " + FILE_OF(conn, what) + " (" + msg + ")");
+    };
     switch (rc & 0xFF) {
         case SQLITE_NOTADB:
         case SQLITE_CORRUPT:
-            return XCode(E_CORRUPT, "CORRUPT DATABASE FILE: " + FILE_OF(conn, what));
+            return file(E_CORRUPT, "CORRUPT DATABASE FILE");
         case SQLITE_CANTOPEN:
-            return XCode(E_CORRUPT, "CANNOT OPEN DATABASE FILE: " + FILE_OF(conn, what));
+            return file(E_CORRUPT, "CANNOT OPEN DATABASE FILE");
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return XCode(E_DATABASE, "DATABASE IS BUSY: " + FILE_OF(conn, what));
+            return file(E_DATABASE, "DATABASE IS BUSY");
         case SQLITE_READONLY:
-            return XCode(E_DATABASE, "DATABASE IS READ-ONLY: " + FILE_OF(conn, what));
+            // Writing to a file unlinked or renamed under an open connection
+            // would lose the changes with the last handle.
+            if (rc == SQLITE_READONLY_DBMOVED)
+                return file(E_DATABASE, "DATABASE FILE MOVED OR DELETED");
+            return file(E_DATABASE, "DATABASE IS READ-ONLY");
         case SQLITE_IOERR:
         case SQLITE_FULL:
-            return XCode(E_DATABASE, "DATABASE I/O ERROR: " + FILE_OF(conn, what));
+            return file(E_DATABASE, "DATABASE I/O ERROR");
         case SQLITE_CONSTRAINT:
             switch (rc) {
                 case SQLITE_CONSTRAINT_UNIQUE:
@@ -72,13 +81,63 @@ XCode EXEC(sqlite3* conn, const String& sql, const String& what) {
     return rc == SQLITE_OK ? XCode() : SQLITE_FAILURE(conn, rc, what);
 }
 
+XCode EXEC(StatementCache& cache, const String& sql, const String& what) {
+    Statement st;
+    XCode rc = st.prepare(cache, sql, what);
+    return rc.isSuccess() ? st.run() : rc;
+}
+
+void StatementCache::clear() {
+    for (auto it = entries_.begin(); it != entries_.end();) {
+        if (it->second.inUse) {
+            ++it;
+            continue;
+        }
+        sqlite3_finalize(it->second.stmt);
+        it = entries_.erase(it);
+    }
+}
+
 Statement::~Statement() {
-    sqlite3_finalize(stmt_);
+    release();
+}
+
+void Statement::release() {
+    if (borrowed_) {
+        sqlite3_reset(stmt_);
+        sqlite3_clear_bindings(stmt_);
+        borrowed_->inUse = false;
+        borrowed_ = nullptr;
+    } else {
+        sqlite3_finalize(stmt_);
+    }
+    stmt_ = nullptr;
+}
+
+XCode Statement::prepare(StatementCache& cache, const String& sql, const String& what) {
+    release();
+    auto [it, added] = cache.entries_.try_emplace(sql);
+    StatementCache::Entry& entry = it->second;
+    if (entry.inUse) return prepare(cache.conn_, sql, what);
+    if (added) {
+        int rc = sqlite3_prepare_v3(cache.conn_, sql.c_str(), static_cast<int>(sql.length()),
+                                    SQLITE_PREPARE_PERSISTENT, &entry.stmt, nullptr);
+        if (rc != SQLITE_OK) {
+            sqlite3_finalize(entry.stmt);
+            cache.entries_.erase(it);
+            return SQLITE_FAILURE(cache.conn_, rc, what);
+        }
+    }
+    entry.inUse = true;
+    borrowed_ = &entry;
+    stmt_ = entry.stmt;
+    conn_ = cache.conn_;
+    what_ = what;
+    return XCode();
 }
 
 XCode Statement::prepare(sqlite3* conn, const String& sql, const String& what) {
-    sqlite3_finalize(stmt_);
-    stmt_ = nullptr;
+    release();
     conn_ = conn;
     what_ = what;
     int rc = sqlite3_prepare_v2(conn, sql.c_str(), static_cast<int>(sql.length()), &stmt_, nullptr);

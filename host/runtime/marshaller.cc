@@ -1,6 +1,6 @@
 // VXMarshaller: buffer handling and the primitive forms (int: 4 bytes;
-// VX::Time: seconds then nanoseconds, 4 bytes each; String: int length, then
-// the bytes, no terminator).
+// VX::Time: seconds then nanoseconds, 4 bytes each, the nanoseconds below
+// 10^9; String: int length, then the bytes, no terminator).
 #include "host/runtime/marshaller.h"
 
 XCode VXMarshaller::copyOnWrite() {
@@ -72,10 +72,14 @@ XCode VXMarshaller::marshal<VX::Time>(const VX::Time& v) {
 
 template <>
 XCode VXMarshaller::unmarshal<VX::Time>(VX::Time& v) {
+    // Both halves are checked before anything is removed: a time whose
+    // nanoseconds lie outside 0..999999999 is refused like a short buffer,
+    // so that no VX::Time ever holds a value it could not have computed.
     if (getLength() < 8) return XCode(XCode::GENERIC_FAILURE);
-    int seconds, nanos;
-    if (XCode rc = unmarshal<int>(seconds); rc.isErr()) return rc;
-    if (XCode rc = unmarshal<int>(nanos); rc.isErr()) return rc;
-    v = VX::Time(seconds, nanos);
+    int32_t raw[2];
+    memcpy(raw, getData(), sizeof raw);
+    if (raw[1] < 0 || raw[1] > 999999999) return XCode(XCode::GENERIC_FAILURE);
+    if (XCode rc = removeHeader(nullptr, sizeof raw); rc.isErr()) return rc;
+    v = VX::Time(raw[0], raw[1]);
     return XCode();
 }

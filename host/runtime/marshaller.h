@@ -66,5 +66,7 @@ template <>
 XCode VXMarshaller::unmarshal<String>(String& v);
 template <>
 XCode VXMarshaller::marshal<VX::Time>(const VX::Time& v);
+// A short buffer, or nanoseconds outside 0..999999999, fail with the generic
+// code, remove nothing and leave `v` untouched.
 template <>
 XCode VXMarshaller::unmarshal<VX::Time>(VX::Time& v);

@@ -93,10 +93,18 @@ std::vector<String> String::splitAtChars(const String& separators) const {
 
 namespace {
 
-// The parse must consume the whole text but for trailing white space.
-bool wholeText(const char* end) {
-    while (*end == ' ' || *end == '\t' || *end == '\n' || *end == '\r') ++end;
-    return *end == '\0';
+// White space as the C library's number parsers skip it in front of a
+// number; the same characters may also follow it.
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
+// The parse must reach the end of the text (its length, not the first NUL:
+// "12\0junk" is no number) but for trailing white space.
+bool wholeText(const char* end, const std::string& text) {
+    const char* last = text.data() + text.size();
+    while (end < last && isBlank(*end)) ++end;
+    return end == last;
 }
 
 }  // namespace
@@ -106,7 +114,7 @@ bool String::toInt64(int64_t& out) const {
     errno = 0;
     char* end = nullptr;
     long long v = strtoll(s_.c_str(), &end, 0);
-    if (end == s_.c_str() || errno == ERANGE || !wholeText(end)) return false;
+    if (end == s_.c_str() || errno == ERANGE || !wholeText(end, s_)) return false;
     out = v;
     return true;
 }
@@ -116,7 +124,7 @@ bool String::toUInt64(uint64_t& out) const {
     errno = 0;
     char* end = nullptr;
     unsigned long long v = strtoull(s_.c_str(), &end, 0);
-    if (end == s_.c_str() || errno == ERANGE || !wholeText(end)) return false;
+    if (end == s_.c_str() || errno == ERANGE || !wholeText(end, s_)) return false;
     out = v;
     return true;
 }

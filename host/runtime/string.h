@@ -74,9 +74,10 @@ public:
     // Splits at every character contained in `separators`; empty pieces are kept.
     std::vector<String> splitAtChars(const String& separators) const;
 
-    // Number parsers: the whole text (leading/trailing white space allowed) must
-    // be a number of the kind that fits the target, base 0 (0x.., 0.., decimal).
-    // Return false and leave `out` untouched otherwise.
+    // Number parsers: every byte of the text (its whole length, so an embedded
+    // NUL refuses it) must be a number of the kind that fits the target, base 0
+    // (0x.., 0.., decimal), with white space (" \t\n\r\v\f") allowed at both
+    // ends. Return false and leave `out` untouched otherwise.
     bool toInteger(int& out) const;
     bool toUInt32(uint32_t& out) const;
     bool toUInt64(uint64_t& out) const;

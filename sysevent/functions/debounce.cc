@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 
@@ -39,9 +39,8 @@ XCode DEBOUNCE::compute(Value& result) {
         result = input;
         return XCode();
     }
-    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-        m->monitor(3, "[%s] Debouncing %s by %llu ms", getName().c_str(), input.toString().c_str(),
-                   static_cast<unsigned long long>(ms));
+    SYSEVENT_LOG(3, "[%s] Debouncing %s by %llu ms", getName().c_str(), input.toString().c_str(),
+                 static_cast<unsigned long long>(ms));
     debounceValue(input, ms);
     result = current;
     return XCode();
@@ -55,9 +54,8 @@ XCode DEBOUNCE::shallDebounce(bool& flag, const Value&, const Value&) {
 void DEBOUNCE::debounceValue(const Value& value, unsigned int ms) {
     m_pendingValue = value;
     if (XCode rc = m_timer.start(ms); rc.isErr()) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-            m->monitor(3, "[%s] CANNOT DEBOUNCE VALUE %s: %s", getName().c_str(),
-                       value.toString().c_str(), rc.toString().c_str());
+        SYSEVENT_LOG(3, "[%s] CANNOT DEBOUNCE VALUE %s: %s", getName().c_str(),
+                     value.toString().c_str(), rc.toString().c_str());
     }
 }
 
@@ -140,5 +138,14 @@ FunctionFactory::Factory<DEBOUNCEDEC> s_functionFactoryDEBOUNCEDEC(
     "DEBOUNCEDEC", "expr,time",
     "Only delays decrements of the first argument to the output by the specified time "
     "difference");
+
+void DEBOUNCE::describeState(VXVector<FunctionState>& out) const {
+    // A stopped timer leaves its last pending value behind: it is no state.
+    if (!m_timer.isRunning()) {
+        out.push_back(FunctionState("idle"));
+        return;
+    }
+    out.push_back(FunctionState("pending", m_pendingValue, true, m_timer.getDueTime()));
+}
 
 }  // namespace VX::SysEvent

@@ -43,6 +43,8 @@ public:
     // The timer's expiry: onDebouncedValue(pending value).
     void onTimeout();
 
+    // The pending state for explaining the node's value (see FunctionNode).
+    void describeState(VXVector<FunctionState>& out) const override;
     bool isTimerRunning() const { return m_timer.isRunning(); }
 
 protected:

@@ -3,7 +3,7 @@
 #include "sysevent/functions/delay.h"
 
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 
@@ -36,9 +36,8 @@ XCode DELAY::compute(Value& result) {
         result = input;
         return XCode();
     }
-    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-        m->monitor(3, "[%s] Delaying %s by %llu ms", getName().c_str(), input.toString().c_str(),
-                   static_cast<unsigned long long>(ms));
+    SYSEVENT_LOG(3, "[%s] Delaying %s by %llu ms", getName().c_str(), input.toString().c_str(),
+                 static_cast<unsigned long long>(ms));
     delayValue(input, ms);
     result = current;
     return XCode();
@@ -64,9 +63,8 @@ void DELAY::delayValue(const Value& value, unsigned int ms) {
     ++m_queueLength;
 
     if (XCode rc = info->timer.start(ms); rc.isErr()) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-            m->monitor(3, "[%s] CANNOT DELAY VALUE %s: %s", getName().c_str(),
-                       value.toString().c_str(), rc.toString().c_str());
+        SYSEVENT_LOG(3, "[%s] CANNOT DELAY VALUE %s: %s", getName().c_str(),
+                     value.toString().c_str(), rc.toString().c_str());
         // Undo the append: the record was the tail.
         m_pQueueTail = previousTail;
         if (previousTail)
@@ -100,5 +98,12 @@ void DELAY::onTimeout() {
 
 FunctionFactory::Factory<DELAY> s_functionFactoryDELAY(
     "DELAY", "expr,time", "Delays changes of the first argument by the specified time difference");
+
+void DELAY::describeState(VXVector<FunctionState>& out) const {
+    if (!m_pQueueHead) out.push_back(FunctionState("queue empty"));
+    for (const Info* info = m_pQueueHead; info; info = info->pNext) {
+        out.push_back(FunctionState("queued", info->value, true, info->timer.getDueTime()));
+    }
+}
 
 }  // namespace VX::SysEvent

@@ -45,6 +45,8 @@ public:
     // record.
     void onTimeout();
 
+    // The pending state for explaining the node's value (see FunctionNode).
+    void describeState(VXVector<FunctionState>& out) const override;
     // Values queued and not delivered yet.
     size_t getQueueLength() const { return m_queueLength; }
     // Records waiting on the free list.

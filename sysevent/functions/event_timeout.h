@@ -17,6 +17,7 @@
 
 #include "host/runtime/crit.h"
 #include "host/runtime/event_loop.h"
+#include "host/runtime/time.h"
 #include "host/runtime/xcode.h"
 
 namespace VX::SysEvent {
@@ -55,6 +56,7 @@ public:
     XCode start(unsigned ms, bool repeat = false) {
         m_running = true;
         m_repeat = repeat;
+        m_due = VX::Time::NOW() + VX::Time::fromMilliseconds(ms);
         XCode rc = EventTimeouts::s_injectedStartFailure.isErr()
                        ? EventTimeouts::s_injectedStartFailure
                        : m_event.start(ms, repeat);
@@ -73,6 +75,8 @@ public:
 
     // True from start() until a one-shot expiry or stop().
     bool isRunning() const { return m_running; }
+    // When the last start falls due (engine clock); meaningful while running.
+    const VX::Time& getDueTime() const { return m_due; }
 
     // The event's function. Nothing of the wrapper is touched after the call
     // into the owner: the owner may destroy itself (and so this wrapper) there.
@@ -90,6 +94,7 @@ private:
     _VXTimeoutEvent m_event;  // owned; never handed out through counted pointers
     bool m_running = false;
     bool m_repeat = false;
+    VX::Time m_due;
 };
 
 }  // namespace VX::SysEvent

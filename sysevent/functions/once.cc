@@ -18,7 +18,7 @@ XCode ONCE::compute(Event& result) {
         result = m_latchedEvent;
         return XCode();
     }
-    result = getChild(0)->getLastEvent();
+    result = getArgumentEvent(0);
     // An error or undefined value fails to convert, so it never latches.
     Value truth = result.value;
     if (truth.toBoolean().isSuccess() && truth.data.boolean) {
@@ -30,5 +30,13 @@ XCode ONCE::compute(Event& result) {
 
 FunctionFactory::Factory<ONCE> s_functionFactoryONCE(
     "ONCE", "", "True if the argument is true; never switches back to false");
+
+void ONCE::describeState(VXVector<FunctionState>& out) const {
+    if (!m_latched) {
+        out.push_back(FunctionState("not latched"));
+        return;
+    }
+    out.push_back(FunctionState("latched", m_latchedEvent.value, false, m_latchedEvent.start));
+}
 
 }  // namespace VX::SysEvent

@@ -22,6 +22,8 @@ public:
     // latching it when its value converts to true.
     XCode compute(Event& result) override;
 
+    // The pending state for explaining the node's value (see FunctionNode).
+    void describeState(VXVector<FunctionState>& out) const override;
     bool isLatched() const { return m_latched; }
 
 private:

@@ -2,7 +2,7 @@
 #include "sysevent/functions/stable.h"
 
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/functions/delay_argument.h"
 #include "sysevent/graph/function_factory.h"
 
@@ -26,15 +26,13 @@ XCode STABLE::compute(Value& result) {
         return XCode();
     }
     result = Value(false);
-    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-        m->monitor(3, "[%s] Waiting %llu ms for %s to stabilize", getName().c_str(),
-                   static_cast<unsigned long long>(ms), input.toString().c_str());
+    SYSEVENT_LOG(3, "[%s] Waiting %llu ms for %s to stabilize", getName().c_str(),
+                 static_cast<unsigned long long>(ms), input.toString().c_str());
     m_watchedValue = input;
     XCode rc = m_timer.start(ms);
     if (rc.isErr()) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-            m->monitor(3, "[%s] CANNOT STABILIZE VALUE %s: %s", getName().c_str(),
-                       input.toString().c_str(), rc.toString().c_str());
+        SYSEVENT_LOG(3, "[%s] CANNOT STABILIZE VALUE %s: %s", getName().c_str(),
+                     input.toString().c_str(), rc.toString().c_str());
     }
     return rc;
 }
@@ -50,5 +48,13 @@ void STABLE::onTimeout() {
 FunctionFactory::Factory<STABLE> s_functionFactorySTABLE(
     "STABLE", "expr,time",
     "True if the first argument does not change for the specified time difference");
+
+void STABLE::describeState(VXVector<FunctionState>& out) const {
+    if (m_timer.isRunning()) {
+        out.push_back(FunctionState("watching", m_watchedValue, true, m_timer.getDueTime()));
+    } else {
+        out.push_back(FunctionState("watching", m_watchedValue));
+    }
+}
 
 }  // namespace VX::SysEvent

@@ -26,6 +26,8 @@ public:
     // The timer's expiry: onStabilized(watched value).
     void onTimeout();
 
+    // The pending state for explaining the node's value (see FunctionNode).
+    void describeState(VXVector<FunctionState>& out) const override;
     bool isTimerRunning() const { return m_timer.isRunning(); }
 
 protected:

@@ -11,8 +11,8 @@ XCode WITHIN::verifyArguments() {
 
 XCode WITHIN::compute(Event& result) {
     // Copies: reading the second argument may recompute nodes below both.
-    const Event expr = getChild(0)->getLastEvent();
-    const Event period = getChild(1)->getLastEvent();
+    const Event expr = getArgumentEvent(0);
+    const Event period = getArgumentEvent(1);
     if (period.value.getDataType() != DT_TIME) return errToXCode(DST_ERR_VAL);
     if (period.value.subtype != DST_REL_TIME) return errToXCode(DST_ERR_NUM);
     Value truth = expr.value;
@@ -29,5 +29,14 @@ FunctionFactory::Factory<WITHIN> s_functionFactoryWITHIN(
     "WITHIN", "temp-expr,period",
     "Returns true if the temporal-expression argument evaluates to true within the specified "
     "time period");
+
+void WITHIN::describeState(VXVector<FunctionState>& out) const {
+    if (getChildCount() != 2) return;
+    // The events as they stand: explaining must not bring a dirty argument
+    // up to date.
+    const Event& temporal = getChild(0)->peekLastEvent();
+    out.push_back(FunctionState("span", Value(temporal.end - temporal.start, DST_REL_TIME)));
+    out.push_back(FunctionState("period", getChild(1)->peekLastEvent().value));
+}
 
 }  // namespace VX::SysEvent

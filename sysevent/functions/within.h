@@ -21,6 +21,9 @@ public:
     // is not a duration, and with the conversion's error when the first
     // argument cannot be read as a boolean.
     XCode compute(Event& result) override;
+    // The span of the first argument and the period for explaining the node's value (see
+    // FunctionNode).
+    void describeState(VXVector<FunctionState>& out) const override;
 };
 
 }  // namespace VX::SysEvent

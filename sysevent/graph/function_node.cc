@@ -6,8 +6,7 @@
 #include <unordered_set>
 
 #include "host/runtime/clock.h"
-#include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "host/runtime/time.h"
 
 namespace VX::SysEvent {
@@ -17,19 +16,15 @@ namespace {
 // Sum of m_pendingUpdates over all function nodes; guarded by the engine lock.
 uint64_t s_pendingUpdatesInGraph = 0;
 
-// The monitor when it admits level 3 (the graph's trace level), else null.
-RTD::Monitor* traceMonitor() {
-    return RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3);
-}
-
-// The value a failing compute() leaves in the node: the error an engine code
-// names, "#ERR!" for any other code. An engine code naming a subtype that is
-// no error cannot stand for an error value, so it counts as "any other code".
+// The value a failing compute() leaves in the node: the value of the subtype
+// an engine code names (an error for errToXCode of an error, but any subtype
+// counts), "#ERR!" for any other code and for an engine code beyond the
+// subtypes, which has no value to stand for.
 Value errorValueOf(const XCode& code) {
     const uint32_t c = code.getValue();
     if ((c & 0xFF000000u) == (ENGINE_ERROR_BASE & 0xFF000000u)) {
         const uint32_t st = c & 0x00FFFFFFu;
-        if (st >= DST_ERR_DIV0 && st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
+        if (st <= DST_ERR_GENERIC) return Value(static_cast<DataSubType>(st));
     }
     return Value(DST_ERR_GENERIC);
 }
@@ -42,13 +37,13 @@ Value errorValueOf(const XCode& code) {
     text += v.toString();
 }
 
-[[gnu::noinline, gnu::cold]] void traceRecompute(RTD::Monitor* m, const FunctionNode& node,
+[[gnu::noinline, gnu::cold]] void traceRecompute(const FunctionNode& node,
                                                  const String& argumentText, const Event& result) {
-    m->monitor(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
-               node.getFunctionName().c_str(), argumentText.c_str(),
-               result.value.toString().c_str(),
-               Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
-               VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
+    SYSEVENT_LOG(3, "[%s] %s(%s) -> %s (during %s on %s)", node.getLogName().c_str(),
+                 node.getFunctionName().c_str(), argumentText.c_str(),
+                 result.value.toString().c_str(),
+                 Value(result.end - result.start, DST_REL_TIME).toString().c_str(),
+                 VX::Clock(result.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
 }
 
 [[gnu::noinline]] void setErrorValue(Value& v, const Value& error) {
@@ -59,13 +54,26 @@ Value errorValueOf(const XCode& code) {
     v = Value(st);
 }
 
-// compute(), with a failure turned into an error value.
-[[gnu::noinline]] void computeInto(FunctionNode& node, Event& result) {
-    const XCode rc = node.compute(result);
-    if (rc.isErr()) result.value = errorValueOf(rc);
+}  // namespace
+
+[[gnu::noinline]] void FunctionNode::computeInto(Event& result) {
+    // Reading an argument may recompute a dirty child, but never this node,
+    // so the flag belongs to this compute alone.
+    m_argumentMissing = false;
+    const XCode rc = compute(result);
+    if (m_argumentMissing) {
+        m_argumentMissing = false;
+        result.value = Value(DST_ERR_VAL);
+    } else if (rc.isErr()) {
+        result.value = errorValueOf(rc);
+    }
 }
 
-}  // namespace
+const Event& FunctionNode::missingArgument() const {
+    static const Event s_undefined;
+    m_argumentMissing = true;
+    return s_undefined;
+}
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
     : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
@@ -99,8 +107,7 @@ String FunctionNode::getNormalizedExpression() const {
 }
 
 bool FunctionNode::triggerEvent(const Event& e) {
-    if (RTD::Monitor* m = traceMonitor())
-        m->monitor(3, "[%s]   clear dirty flag", getLogName().c_str());
+    SYSEVENT_LOG(3, "[%s]   clear dirty flag", getLogName().c_str());
     m_dirty = false;
     return Node::triggerEvent(e);
 }
@@ -170,9 +177,10 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
-    // for each other position in which it is still an argument.
-    for (const VXLWPtr<Node>& c : m_children)
-        if (c == oldChild) oldChild->addParent(this);
+    // for each other position in which it is still an argument, so that
+    // every node has one link per position, also when it replaces itself.
+    for (size_t i = 0; i < m_children.size(); ++i)
+        if (i != index && m_children[i] == oldChild) oldChild->addParent(this);
     child->addParent(this);
     m_dirty = true;
     return XCode();
@@ -187,72 +195,65 @@ bool FunctionNode::handlesTimeManually() const {
 }
 
 bool FunctionNode::shallBeUpdated() {
-    RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
-    if (m) m->monitor(3, "[%s] Shall be updated?", logName.c_str());
+    SYSEVENT_LOG(3, "[%s] Shall be updated?", getLogName().c_str());
     if (m_dirty) return false;
-    if (m) m->monitor(3, "[%s]   Not dirty", logName.c_str());
+    SYSEVENT_LOG(3, "[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
         // Reached again along another path: our parents were asked already.
-        if (m) m->monitor(3, "[%s]   yes, we already know", logName.c_str());
+        SYSEVENT_LOG(3, "[%s]   yes, we already know", getLogName().c_str());
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
-        if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
         return true;
     }
 
     bool interested = m_interestCount > 0;
-    if (interested && m)
-        m->monitor(3, "[%s]   yes, because there are %u interests", logName.c_str(),
-                   m_interestCount);
+    if (interested)
+        SYSEVENT_LOG(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
+                     m_interestCount);
     // Every parent is asked, so that each one counts its pending update or is
     // marked dirty; those that say yes expect an update from us.
     m_updatingParents.clear();
     for (FunctionNode* p : m_parents) {
         if (p->shallBeUpdated()) {
             m_updatingParents.push_back(p);
-            if (m) m->monitor(3, "[%s]   yes, because a parent is interested", logName.c_str());
+            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested", getLogName().c_str());
             interested = true;
         }
     }
     if (!interested) {
         m_dirty = true;
-        if (m) m->monitor(3, "[%s]   no; marked dirty", logName.c_str());
+        SYSEVENT_LOG(3, "[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
     ++m_pendingUpdates;
     ++s_pendingUpdatesInGraph;
-    if (m) m->monitor(3, "[%s]   %u updates pending", logName.c_str(), m_pendingUpdates);
+    SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
     return true;
 }
 
 void FunctionNode::update(bool changed) {
-    RTD::Monitor* m = traceMonitor();
-    const String logName = m ? getLogName() : String();
-    if (m)
-        m->monitor(3, "[%s] update, child value %s changed", logName.c_str(),
-                   changed ? "has" : "has not");
+    SYSEVENT_LOG(3, "[%s] update, child value %s changed", getLogName().c_str(),
+                 changed ? "has" : "has not");
     --m_pendingUpdates;
     --s_pendingUpdatesInGraph;
     if (changed) ++m_changedUpdates;
     if (m_pendingUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   no recomputation yet, %u updates pending", logName.c_str(),
-                       m_pendingUpdates);
+        SYSEVENT_LOG(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
+                     m_pendingUpdates);
         return;
     }
 
     bool result = false;
     if (m_changedUpdates > 0) {
-        if (m)
-            m->monitor(3, "[%s]   recomputation required (%u updates with value changes)",
-                       logName.c_str(), m_changedUpdates);
+        SYSEVENT_LOG(3, "[%s]   recomputation required (%u updates with value changes)",
+                     getLogName().c_str(), m_changedUpdates);
         m_changedUpdates = 0;
         result = recompute(false);
-    } else if (m) {
-        m->monitor(3, "[%s]   no recomputation required (no update with value change)",
-                   logName.c_str());
+    } else {
+        SYSEVENT_LOG(3, "[%s]   no recomputation required (no update with value change)",
+                     getLogName().c_str());
     }
     // Nothing edits this list before it is cleared: the parents' updates run
     // after the first phase is over, and no propagation can start while
@@ -265,7 +266,7 @@ bool FunctionNode::recompute(bool force) {
     Event result;
     const bool manualErrors = handlesErrorsManually();
     const bool manualTime = handlesTimeManually();
-    const bool withArgumentText = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 1);
+    const bool withArgumentText = LOG_ADMITS(1);
     String argumentText;
 
     for (size_t i = 0; i < m_children.size(); ++i) {
@@ -287,9 +288,9 @@ bool FunctionNode::recompute(bool force) {
     }
     if (m_children.empty() && !manualTime) result.start = result.end = VX::Time::NOW(1);
 
-    if (!result.value.isError()) computeInto(*this, result);
+    if (!result.value.isError()) computeInto(result);
 
-    if (RTD::Monitor* m = traceMonitor()) traceRecompute(m, *this, argumentText, result);
+    if (LOG_ADMITS(3)) traceRecompute(*this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
 }
 

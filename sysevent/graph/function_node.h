@@ -26,6 +26,22 @@
 
 namespace VX::SysEvent {
 
+// One item of the inner state by which a timer-driven or latching function
+// decides its future output (a held-back value and when it falls due, a
+// latch, a span), read for explaining a value without touching the graph.
+struct FunctionState {
+    explicit FunctionState(const String& w, const Value& v = Value()) : what(w), value(v) {}
+    // An item with a time: when it falls due (`due`) or when it happened.
+    FunctionState(const String& w, const Value& v, bool due, const VX::Time& t)
+        : what(w), value(v), hasTime(true), isDue(due), time(t) {}
+
+    String what;  // "pending", "queued", "watching", "latched", "span", ...
+    Value value;  // DST_UNDEF when the item carries no value
+    bool hasTime = false;
+    bool isDue = false;  // `time` is when a timer falls due (else: when it happened)
+    VX::Time time;
+};
+
 class FunctionNode : public Node {
 public:
     // Node name "FN(address)"; the node starts dirty, without children.
@@ -88,6 +104,10 @@ public:
     // span). A failure code becomes an error value: an engine code
     // (errToXCode) that error, any other code "#ERR!".
     virtual XCode compute(Event& result) = 0;
+    // Appends the items of the node's inner state to `out`; nothing for
+    // functions without one. Reads only: never recomputes, starts or stops
+    // anything.
+    virtual void describeState(VXVector<FunctionState>& out) const { (void)out; }
 
     const String& getFunctionName() const { return m_functionName; }
     const String& getParameterText() const { return m_parameterText; }
@@ -95,8 +115,16 @@ public:
     unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
     // Child `i` (i < getChildCount()).
     Node* getChild(unsigned i) const { return m_children[i].get(); }
-    // The current value of argument `i`, brought up to date if it is dirty.
-    const Value& getArgument(unsigned i) const { return m_children[i]->getLastEvent().value; }
+    // The current event and value of argument `i`, brought up to date if it
+    // is dirty. A function may be given fewer arguments than it reads (an
+    // operator whose operand is a pattern matching nothing): reading one that
+    // is not there gives an undefined event and makes the computation's
+    // result "#VAL!", whatever compute returns.
+    const Event& getArgumentEvent(unsigned i) const {
+        if (i < m_children.size()) return m_children[i]->getLastEvent();
+        return missingArgument();
+    }
+    const Value& getArgument(unsigned i) const { return getArgumentEvent(i).value; }
 
     bool isDirty() const { return m_dirty; }
     uint32_t getPendingUpdates() const { return m_pendingUpdates; }
@@ -117,13 +145,20 @@ protected:
     String m_parameterText;
     VXVector<VXLWPtr<Node>> m_children;
     bool m_dirty = true;
+    // Set when the running compute read an argument that is not there.
+    mutable bool m_argumentMissing = false;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 
 private:
+    // compute(), with a failure, or a read past the argument list, turned
+    // into an error value.
+    void computeInto(Event& result);
     // True when taking `child` as an argument would make this node its own
     // descendant.
     bool wouldCloseCycle(Node* child) const;
+    // Notes that compute read past the argument list; the undefined event.
+    const Event& missingArgument() const;
 
     // The parents that answered yes to this node's shallBeUpdated in the
     // running propagation, once per yes; they, and only they, expect an

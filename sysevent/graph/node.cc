@@ -8,7 +8,7 @@
 
 #include "host/runtime/clock.h"
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "host/runtime/time.h"
 #include "sysevent/graph/function_node.h"
 
@@ -67,8 +67,7 @@ bool Node::setValue(const Value& v) {
 bool Node::triggerEvent(const Event& e) {
     if (!storeEvent(e)) return false;
     if (s_updateInProgress) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3))
-            m->monitor(3, "VALUE SET WHILE UPDATE IN PROGRESS");
+        SYSEVENT_LOG(3, "VALUE SET WHILE UPDATE IN PROGRESS");
         return true;
     }
     s_updateInProgress = true;
@@ -98,12 +97,10 @@ bool Node::storeEvent(const Event& e) {
     Value newValue = e.value;
     Value oldValue = m_lastEvent.value;
     if (newValue == oldValue) return false;
-    if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3)) {
-        m->monitor(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
-                   oldValue.toString().c_str(), newValue.toString().c_str(),
-                   Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
-                   VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
-    }
+    SYSEVENT_LOG(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
+                 oldValue.toString().c_str(), newValue.toString().c_str(),
+                 Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
+                 VX::Clock(e.end, 0).toString(VX::Clock::FORMAT_LOG).c_str());
     m_lastEvent = e;
     // An observer may remove itself or others while being told. Walk a
     // snapshot and skip entries removed meanwhile (a removed observer may be

@@ -1,7 +1,7 @@
 // Lexer::NAME_TO_REGEX: name patterns ("line%.up", "{sip[0-9]%}.state") as
 // anchored regular expressions for matching published names.
 #include "host/runtime/crit.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/language/lexer.h"
 
 namespace VX::SysEvent {
@@ -36,9 +36,7 @@ String Lexer::NAME_TO_REGEX(const String& pattern, bool prefixOnly) {
         }
     }
     if (!prefixOnly) out += '$';
-    if (RTD::Monitor* mon = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 3)) {
-        mon->monitor(3, "Regular expression: %s -> %s", pattern.c_str(), out.c_str());
-    }
+    SYSEVENT_LOG(3, "Regular expression: %s -> %s", pattern.c_str(), out.c_str());
     return out;
 }
 

@@ -2,10 +2,10 @@
 // rows of every published named value.
 #include "sysevent/repository/constant.h"
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/graph/proxy_repository.h"
 #include "sysevent/repository/identifiers.h"
 
@@ -114,10 +114,8 @@ Value CConstant::getValue() const {
 }
 
 void CConstant::onValueChanged(const Value& oldValue, const Value& newValue) {
-    if (MON && MON->getVerbosity() > 0) {
-        MON->monitor(MON->getVerbosity(), "[%s] %s -> %s", m_name.c_str(),
-                     oldValue.toString().c_str(), newValue.toString().c_str());
-    }
+    SYSEVENT_LOG_AT_VERBOSITY(1, "[%s] %s -> %s", m_name.c_str(), oldValue.toString().c_str(),
+                              newValue.toString().c_str());
     if (m_valueObservers.empty()) return;
     // A callback may destroy this object (through the Repository); it lives
     // until the delivery is over. An object still under construction (no

@@ -6,7 +6,7 @@
 
 #include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/language/parser.h"
 
 namespace VX::SysEvent {
@@ -103,20 +103,15 @@ XCode CExpression::bind(const String& text) {
 
 XCode CExpression::setExpression(const String& text) {
     if (text.isEmpty()) return XCode();
-    if (MON && MON->getVerbosity() > 2) {
-        MON->monitor(MON->getVerbosity(), "[%s] Update expression: %s", name().c_str(),
-                     text.c_str());
-    }
+    SYSEVENT_LOG_AT_VERBOSITY(3, "[%s] Update expression: %s", name().c_str(), text.c_str());
     XCode rc;
     {
         BusyScope busy(m_busy);
         rc = bind(text);
     }
     if (rc.isErr()) {
-        if (MON) {
-            MON->monitor(4, "[%s] Updating expression failed: %s", name().c_str(),
-                         rc.toString().c_str());
-        }
+        SYSEVENT_LOG(4, "[%s] Updating expression failed: %s", name().c_str(),
+                     rc.toString().c_str());
         return rc;
     }
     if (text != m_text) {

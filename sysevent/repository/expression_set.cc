@@ -3,10 +3,10 @@
 
 #include <new>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
-#include "host/runtime/monitor.h"
+#include "host/runtime/log.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
 
@@ -73,10 +73,8 @@ XCode CExpressionSet::setExpression(const String& text) {
     }
 
     if (rc.isErr()) {
-        if (MON) {
-            MON->monitor(4, "[%s] Updating set of expressions failed: %s", m_fullName.c_str(),
-                         rc.toString().c_str());
-        }
+        SYSEVENT_LOG(4, "[%s] Updating set of expressions failed: %s", m_fullName.c_str(),
+                     rc.toString().c_str());
         dropAllExpressions(created);
         return rc;
     }

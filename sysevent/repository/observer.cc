@@ -8,11 +8,14 @@
 #include "sysevent/repository/observer.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
+#include "host/runtime/monitor.h"
+#include "sysevent/language/lexer.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
 
@@ -20,10 +23,35 @@ namespace VX::SysEvent {
 
 namespace {
 
-// The patterns of the name table with their notifyNow flags, copied so that a
-// callback may change the table while the caller walks the copy.
-VXVector<std::pair<String, bool>> snapshot(const VXStringHashTable<bool>& names) {
-    return VXVector<std::pair<String, bool>>(names.begin(), names.end());
+// The patterns of the name table matching `name`, with their notifyNow
+// flags, copied so that a callback may change the table while the caller
+// walks the copy.
+template <class Table>
+VXVector<bool> matching(const Table& names, const String& name) {
+    VXVector<bool> flags;
+    for (const auto& [text, pattern] : names) {
+        if (pattern.regex && pattern.regex->match(name)) flags.push_back(pattern.notifyNow);
+    }
+    return flags;
+}
+
+// Runs one hand-over of a notification to client code (a callable, or an
+// override of notifyValueChanged); an exception it throws ends here, reported
+// with the object's name, so that the notifying object goes on to its other
+// observers.
+template <class F>
+void shielded(const String& name, F&& call) {
+    try {
+        call();
+    } catch (const std::exception& e) {
+        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
+            m->monitor(0, "[%s] Observer callback failed: %s", name.c_str(), e.what());
+        }
+    } catch (...) {
+        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
+            m->monitor(0, "[%s] Observer callback failed", name.c_str());
+        }
+    }
 }
 
 // The IRead of a driver, or null for drivers that cannot be read (expression
@@ -82,8 +110,11 @@ void Observer::addTo(const String& pattern, bool notifyNow) {
     }
     // Only a plain name without an object, or a pattern that does not
     // compile, fails; a wildcard that matches nothing yet succeeds quietly.
-    if (rc.isErr() && notifyNow) notifyValueChanged(pattern, Value(DST_ERR_NA));
-    m_names[pattern] = notifyNow;
+    if (rc.isErr() && notifyNow) changed(pattern, Value(DST_ERR_NA));
+    Pattern& entry = m_names[pattern];
+    entry.notifyNow = notifyNow;
+    if (!entry.regex)
+        entry.regex = VXRegEx::COMPILE_EXPRESSION(Lexer::NAME_TO_REGEX(pattern, false));
 }
 
 void Observer::removeFrom(const String& pattern) {
@@ -136,7 +167,8 @@ void Observer::removeFromDriverRepository() {
 void Observer::onValueDestroyed(IRead* object) {
     VXAutoLock engine(LOCK());
     forget(object);
-    notifyValueDestroyed(object->getName());
+    const String name = object->getName();
+    shielded(name, [&] { notifyValueDestroyed(name); });
 }
 
 void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
@@ -146,7 +178,7 @@ void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
         VXLockPtr<IRead> held(source);
         name = held->getName();
     }
-    notifyValueChanged(name, newValue);
+    changed(name, newValue);
 }
 
 void Observer::notifyValueDestroyed(const String& name) {
@@ -171,8 +203,7 @@ XCode Observer::onDriverAdded(String& /*driverName*/, VXPPtr<IDriverRepository>&
     const String name = object->getName();
     // Once per matching pattern: overlapping patterns subscribe twice, and
     // each change then arrives twice, as for objects found by addTo.
-    for (const auto& [pattern, notifyNow] : snapshot(m_names)) {
-        if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
+    for (const bool notifyNow : matching(m_names, name)) {
         object->addValueObserver(this, notifyNow);
         m_observed.push_back(object.get());
     }
@@ -184,11 +215,14 @@ void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr
     VXPPtr<IRead> object = readInterfaceOf(driver);
     if (!object) return;
     const String name = object->getName();
-    for (const auto& [pattern, notifyNow] : snapshot(m_names)) {
-        if (!Repository::IS_MATCHING_NAME_REG_EX(pattern, name)) continue;
+    for (const bool notifyNow : matching(m_names, name)) {
         unsubscribe(object.get());
-        if (notifyNow) notifyValueChanged(name, Value(DST_ERR_NA));
+        if (notifyNow) changed(name, Value(DST_ERR_NA));
     }
+}
+
+void Observer::changed(const String& name, const Value& value) {
+    shielded(name, [&] { notifyValueChanged(name, value); });
 }
 
 void Observer::unsubscribe(IRead* object) {

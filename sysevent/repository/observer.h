@@ -16,11 +16,16 @@
 // A client may instead subclass and override notifyValueChanged and
 // notifyValueDestroyed; the callbacks are then ignored unless the override
 // forwards to the base.
+//
+// A callable that throws is reported on the engine monitor (level 0) with the
+// object's name; the exception goes no further, so the change still reaches
+// every other observer.
 #pragma once
 
 #include "host/component/driver_repository_observer.h"
 #include "host/runtime/containers.h"
 #include "host/runtime/function.h"
+#include "host/runtime/regex.h"
 #include "host/runtime/string.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/read_observer.h"
@@ -103,6 +108,9 @@ public:
     void onDriverRemoved(VXPPtr<IDriverRepository>& repository, VXPPtr<IDriver>& driver) override;
 
 private:
+    // notifyValueChanged, with whatever client code it runs kept from
+    // throwing into the notifying object.
+    void changed(const String& name, const Value& value);
     // Drops every registration this Observer holds on `object` (one per entry
     // in m_observed) and its entries.
     void unsubscribe(IRead* object);
@@ -113,8 +121,14 @@ private:
     // Both guarded by the engine lock.
     DestroyCallback m_destroyCallback;
     ValueChangeCallback m_valueChangeCallback;
-    // Every pattern given to addTo(String, bool), with its notifyNow flag.
-    VXStringHashTable<bool> m_names;
+    // Every pattern given to addTo(String, bool), with its notifyNow flag and
+    // its compiled form (null when it does not compile): objects appear far
+    // more often than patterns are added, so each pattern is compiled once.
+    struct Pattern {
+        bool notifyNow = false;
+        VXPtr<VXRegEx::Pattern> regex;
+    };
+    VXStringHashTable<Pattern> m_names;
     // The objects whose observer lists hold this Observer, exactly once per
     // registration (an object matched by two patterns is listed twice), so
     // that unsubscribing everything listed leaves no registration behind to

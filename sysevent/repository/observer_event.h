@@ -3,14 +3,20 @@
 // marshalled data. A value change carries the old value followed by the new
 // one, in the in-process form of Value (operator<< / operator>>).
 //
-// Each observer receives its own copy; copies share the payload bytes until
-// one of them is read, so reading one copy never disturbs another.
+// Each observer receives its own copy; reading one copy never disturbs
+// another. A change is copied once per observer, so the first Values written
+// stay Values (no bytes, no buffer of their own to copy on read) until a
+// reader asks for the bytes with getPayload(), which then holds exactly what
+// a fully marshalled event would hold.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <utility>
 
 #include "host/runtime/marshaller.h"
 #include "host/runtime/ref_counted.h"
+#include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
 
@@ -21,25 +27,62 @@ public:
     explicit ObserverEvent(VXPPtr<T> source) : m_source(std::move(source)) {}
 
     const VXPPtr<T>& getSource() const { return m_source; }
-    VXMarshaller& getPayload() { return m_payload; }
-    const VXMarshaller& getPayload() const { return m_payload; }
+    VXMarshaller& getPayload() {
+        marshalHeld();
+        return m_payload;
+    }
+    const VXMarshaller& getPayload() const {
+        marshalHeld();
+        return m_payload;
+    }
 
     // Appends `v` to the payload with the payload's operator<<.
     template <class V>
     ObserverEvent& operator<<(const V& v) {
+        marshalHeld();
+        m_bytes = true;
         m_payload << v;
+        return *this;
+    }
+    ObserverEvent& operator<<(const Value& v) {
+        if (m_bytes || m_held == kHeld) return operator<< <Value>(v);
+        m_values[m_held++].emplace(v);
         return *this;
     }
     // Reads the next item of the payload into `v` with operator>>.
     template <class V>
     ObserverEvent& operator>>(V& v) {
+        marshalHeld();
         m_payload >> v;
+        return *this;
+    }
+    ObserverEvent& operator>>(Value& v) {
+        if (m_read == m_held) return operator>><Value>(v);
+        v = *m_values[m_read++];
         return *this;
     }
 
 private:
+    static constexpr size_t kHeld = 2;
+
+    // Moves the unread held Values into the payload, ahead of its bytes
+    // (Values are held only while no bytes were written).
+    void marshalHeld() const {
+        if (m_read == m_held) return;
+        VXMarshaller bytes;
+        for (size_t i = m_read; i < m_held; ++i) bytes << *m_values[i];
+        if (m_payload.getLength() > 0) bytes.addTail(m_payload.getData(), m_payload.getLength());
+        m_payload = bytes;
+        m_read = m_held = 0;
+        m_bytes = true;
+    }
+
     VXPPtr<T> m_source;
-    VXMarshaller m_payload;
+    mutable VXMarshaller m_payload;
+    mutable std::optional<Value> m_values[kHeld];
+    mutable size_t m_held = 0;  // values written and held
+    mutable size_t m_read = 0;  // of those, values read
+    mutable bool m_bytes = false;
 };
 
 }  // namespace VX::SysEvent

@@ -11,20 +11,11 @@
 #include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
 #include "host/runtime/monitor.h"
+#include "support/print.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/node.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"
-
-// Readable failure messages for the engine's value types.
-inline void PrintTo(const String& s, std::ostream* os) {
-    *os << '"' << s.str() << '"';
-}
-namespace VX::SysEvent {
-inline void PrintTo(const Value& v, std::ostream* os) {
-    *os << v.toString().str();
-}
-}  // namespace VX::SysEvent
 
 namespace VX::SysEvent::testing {
 

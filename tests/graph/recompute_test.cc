@@ -14,28 +14,31 @@ using Recompute = GraphTest;
 TEST_F(Recompute, FailureCodesBecomeErrorValues) {
     struct Case {
         XCode code;
-        DataSubType expected;
+        Value expected;
     } cases[] = {
-        {errToXCode(DST_ERR_DIV0), DST_ERR_DIV0},
-        {errToXCode(DST_ERR_NA), DST_ERR_NA},
-        {errToXCode(DST_ERR_NUM), DST_ERR_NUM},
-        {errToXCode(DST_ERR_VAL), DST_ERR_VAL},
-        {errToXCode(DST_ERR_GENERIC), DST_ERR_GENERIC},
-        {XCode(XCode::GENERIC_FAILURE), DST_ERR_GENERIC},
-        {XCode(XCode::GENERIC_FAILURE, "with a text"), DST_ERR_GENERIC},
-        {XCode(0x15000000 + DST_ERR_DIV0), DST_ERR_GENERIC},  // not an engine code
-        {XCode(0x16000000 + DST_UINT), DST_ERR_GENERIC},      // engine code of no error
-        {XCode(), DST_UINT},                                  // success keeps the result
+        {errToXCode(DST_ERR_DIV0), Value(DST_ERR_DIV0)},
+        {errToXCode(DST_ERR_NA), Value(DST_ERR_NA)},
+        {errToXCode(DST_ERR_NUM), Value(DST_ERR_NUM)},
+        {errToXCode(DST_ERR_VAL), Value(DST_ERR_VAL)},
+        {errToXCode(DST_ERR_GENERIC), Value(DST_ERR_GENERIC)},
+        {XCode(XCode::GENERIC_FAILURE), Value(DST_ERR_GENERIC)},
+        {XCode(XCode::GENERIC_FAILURE, "with a text"), Value(DST_ERR_GENERIC)},
+        {XCode(0x15000000 + DST_ERR_DIV0), Value(DST_ERR_GENERIC)},  // not an engine code
+        // The engine code of a subtype that is no error: that subtype's value.
+        {XCode(0x16000000 + DST_BOOL), Value(false)},
+        {XCode(0x16000000 + DST_EMPTY), Value(DST_EMPTY)},
+        {XCode(0x16000000 + 0x00FFFFFF), Value(DST_ERR_GENERIC)},  // beyond every subtype
+        {XCode(), Value(7ULL)},                                    // success keeps the result
     };
     auto a = leaf("a", 1);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.code.toString().c_str());
         auto f = make<TFAIL>({a.get()});
         f->code = c.code;
-        auto parent = make<TSUM>({f.get()});
-        EXPECT_EQ(f->getValue(), c.expected == DST_UINT ? Value(7ULL) : Value(c.expected));
-        // An error passes unchanged through a function above it.
-        EXPECT_EQ(parent->getValue().subtype, c.expected);
+        auto parent = make<TRAW>({f.get()});
+        EXPECT_EQ(f->getValue(), c.expected);
+        // Whatever it is, the function above sees exactly that value.
+        EXPECT_EQ(parent->getValue(), Value(static_cast<unsigned long long>(c.expected.subtype)));
     }
 }
 

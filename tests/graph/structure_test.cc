@@ -2,7 +2,10 @@
 // parent links, names and normalized expressions, and teardown.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "graph/graph_test_support.h"
+#include "sysevent/graph/proxy_node.h"
 
 namespace VX::SysEvent::testing {
 namespace {
@@ -81,6 +84,23 @@ TEST_F(Structure, SwapChildMovesParentLinksAndMarksDirty) {
     a->setValue(Value(2ULL));
     expectQuiescent({a.get(), b.get()});
     EXPECT_EQ(f->peekLastEvent().value, Value(7ULL));
+}
+
+TEST_F(Structure, SwappingAChildForItselfKeepsOneLinkPerPosition) {
+    auto a = leaf("a", 1);
+    auto twice = make<TSUM>({a.get(), a.get()});
+    VXLWPtr<ProxyNode> proxy(new ProxyNode("p", a.get()));
+    VXLWPtr<Node> old;
+    for (unsigned i : {0u, 1u, 0u}) ASSERT_TRUE(twice->swapChild(i, a.get(), old).isSuccess());
+    ASSERT_TRUE(proxy->setNode(a.get()).isSuccess());
+    const auto& parents = a->getParents();
+    EXPECT_EQ(std::count(parents.begin(), parents.end(), twice.get()), 2);
+    EXPECT_EQ(std::count(parents.begin(), parents.end(), proxy.get()), 1);
+    twice->addInterest();
+    a->setValue(Value(4ULL));
+    expectQuiescent({a.get()});
+    EXPECT_EQ(twice->peekLastEvent().value, Value(8ULL));
+    EXPECT_EQ(twice->computes, 2);  // once on interest, once for the change
 }
 
 TEST_F(Structure, IsDescendantFollowsAllPathsAndSharedNodes) {

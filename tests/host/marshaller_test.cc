@@ -1,7 +1,9 @@
-// VXMarshaller: the primitive forms byte for byte, short reads, and the
-// sharing of buffers between copies until one of them changes.
+// VXMarshaller: the primitive forms byte for byte, short reads and times out
+// of range, and the sharing of buffers between copies until one of them
+// changes.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <vector>
@@ -74,6 +76,17 @@ TEST(MarshallerTest, ShortReadsFailAndLeaveTheRest) {
         EXPECT_TRUE(m.unmarshal(t).isErr());
         EXPECT_EQ(t, VX::Time(5, 5));
         EXPECT_EQ(m.getLength(), 7u);
+    }
+    // Nanoseconds outside 0..999999999 are refused like a short buffer.
+    for (const int32_t nanos : {-1, 0, 999999999, 1000000000, INT32_MIN}) {
+        SCOPED_TRACE(nanos);
+        const bool normal = nanos >= 0 && nanos <= 999999999;
+        const Bytes time = native({5, nanos});
+        VXMarshaller m(time.data(), time.size());
+        VX::Time t(7, 7);
+        EXPECT_EQ(m.unmarshal(t).getValue(), normal ? 0 : XCode::GENERIC_FAILURE);
+        EXPECT_EQ(t, normal ? VX::Time(5, nanos) : VX::Time(7, 7));
+        EXPECT_EQ(m.getLength(), normal ? 0u : 8u);
     }
     {
         // A length beyond the bytes left: the length is consumed, nothing more.

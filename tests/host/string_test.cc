@@ -2,30 +2,13 @@
 #include <gtest/gtest.h>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
 
 namespace {
-
-TEST(StringTest, SearchAndSlices) {
-    const String s = "alpha.beta.gamma";
-    EXPECT_EQ(s.indexOf('.'), 5);
-    EXPECT_EQ(s.indexOf('.', 6), 10);
-    EXPECT_EQ(s.indexOf('x'), -1);
-    EXPECT_EQ(s.indexOf('.', 100), -1);
-    EXPECT_EQ(s.indexOf("beta"), 6);
-    EXPECT_EQ(s.indexOf("beta", 7), -1);
-    EXPECT_TRUE(s.startsWith("alpha."));
-    EXPECT_FALSE(s.startsWith("beta"));
-    EXPECT_TRUE(s.endsWith("gamma"));
-    EXPECT_TRUE(s.startsWith(""));
-    EXPECT_EQ(s.substring(6, 4), "beta");
-    EXPECT_EQ(s.substring(11), "gamma");
-    EXPECT_EQ(s.substring(11, 100), "gamma");  // clipped
-    EXPECT_EQ(s.substring(100), "");
-}
 
 TEST(StringTest, SplitKeepsEmptyPieces) {
     struct Case {
@@ -62,13 +45,14 @@ TEST(StringTest, BuildingByFormat) {
 }
 
 TEST(StringTest, NumberParsing) {
-    // Each parser takes the whole text or refuses it (nullopt) and leaves its
-    // output untouched.
+    // Each parser takes the whole text, every byte of it, or refuses it
+    // (nullopt) and leaves its output untouched.
     using I = std::optional<int64_t>;
     using U = std::optional<uint64_t>;
+    using namespace std::string_literals;
     const auto no = std::nullopt;
     struct Case {
-        const char* text;
+        std::string text;
         I asInt;  // toInteger, 32-bit
         U asUInt32;
         I asInt64;
@@ -89,10 +73,20 @@ TEST(StringTest, NumberParsing) {
         {"", no, no, no, no},
         {"   ", no, no, no, no},
         {"1.5", no, no, no, no},
+        // White space is the same set at both ends; a NUL anywhere is no
+        // number, also where the C text would end.
+        {"\v42\f", 42, 42, 42, 42},
+        {"\f-5\v\r\n", -5, no, -5, no},
+        {"\0"s
+         "12",
+         no, no, no, no},
+        {"12\0junk"s, no, no, no, no},
+        {"12\0"s, no, no, no, no},
+        {"12 \0"s, no, no, no, no},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
-        const String s = c.text;
+        SCOPED_TRACE(::testing::PrintToString(c.text));
+        const String s(c.text.data(), c.text.size());
         int i = 99;
         EXPECT_EQ(s.toInteger(i), c.asInt.has_value());
         EXPECT_EQ(i, c.asInt.value_or(99));

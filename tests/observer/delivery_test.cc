@@ -2,14 +2,17 @@
 // callable, to a replaced callback, directly, synchronously under a loop's
 // lock, and queued to an event loop (on the manual clock, dropped or kept
 // when the Observer dies, and once on the loop's real thread), plus a direct
-// callback that calls the Repository while a change is delivered.
+// callback that calls the Repository while a change is delivered, and client
+// code that throws.
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "host/runtime/event_loop.h"
+#include "host/runtime/monitor.h"
 #include "observer/observer_test_support.h"
 
 namespace VX::SysEvent::testing {
@@ -180,6 +183,49 @@ TEST_F(Deliveries, DirectCallbackMayUseTheRepositoryWhileTheChangeIsDelivered) {
     }
     destroy("re.a");
     destroy("re.b");
+}
+
+// Client code that throws, a standard exception or anything else, from a
+// direct or synchronous callable or from an override, is reported on the
+// monitor with the object's name; every other observer still gets each
+// notification, and so does the thrower the next time.
+TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceives) {
+    struct Thrower : Observer {
+        using Observer::Observer;
+        void notifyValueDestroyed(const String&) override { throw 7; }
+    };
+    RTD::CaptureMonitor monitor(0);
+    MON = &monitor;
+    Recorder before, after;
+    int calls = 0;
+    auto boom = [&](String, Value) {
+        ++calls;
+        throw std::runtime_error("boom");
+    };
+    Observer first(before.direct(), before.directDestroy());
+    Thrower direct(Observer::ValueChangeCallback(VX::directCall(), boom));
+    Thrower sync(Observer::ValueChangeCallback(EVENT_LOOP(), boom, VX::Delivery::Sync));
+    Observer last(after.direct(), after.directDestroy());
+    Observer* all[] = {&first, &direct, &sync, &last};
+    for (Observer* o : all) o->addTo("throw.a", true);
+    set("throw.a", 1);
+    set("throw.a", 2);
+    set("throw.b", 1);
+    VXPPtr<IRead> b = readOf("throw.b");
+    for (Observer* o : all) o->addTo(b, false);
+    b = nullptr;
+    destroy("throw.a");
+    destroy("throw.b");
+    MON = nullptr;
+
+    const std::vector<Seen> expected{changed("throw.a", kNA), changed("throw.a", "1"),
+                                     changed("throw.a", "2"), changed("throw.a", kNA),
+                                     destroyed("throw.b")};
+    EXPECT_EQ(before.seen(), expected);
+    EXPECT_EQ(after.seen(), expected);
+    EXPECT_EQ(calls, 8);
+    EXPECT_TRUE(monitor.contains("[throw.a] Observer callback failed: boom"));
+    EXPECT_TRUE(monitor.contains("[throw.b] Observer callback failed"));
 }
 
 }  // namespace

@@ -19,13 +19,10 @@
 #include "host/runtime/lock.h"
 #include "host/runtime/manual_time.h"
 #include "host/runtime/string.h"
+#include "support/print.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/value/value.h"
-
-inline void PrintTo(const String& s, std::ostream* os) {
-    *os << '"' << s.str() << '"';
-}
 
 namespace VX::SysEvent::testing {
 

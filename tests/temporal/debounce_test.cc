@@ -31,6 +31,19 @@ TEST_F(Debounce, ChangeThatComesBackCostsTheExpressionsAboveNothing) {
     EXPECT_EQ(d->getLastEvent().start, startBefore);  // no new event was stored
 }
 
+// No formula can give DEBOUNCEIF an empty condition: it is the result, and
+// the pending value still arrives.
+TEST_F(Debounce, ConditionThatIsNoBooleanIsTheResult) {
+    VXLWPtr<Node> x = leaf(num(1)), c = leaf(truth(true));
+    VXLWPtr<FunctionNode> d = apply("DEBOUNCEIF", {x.get(), leaf(duration(2000)).get(), c.get()});
+    Watch w(d.get());
+    x->setValue(num(2));
+    advanceTo(100);
+    c->setValue(Value(DST_EMPTY));
+    advanceTo(30000);
+    EXPECT_EQ(w.changes, (std::vector<Watch::Change>{{100, Value(DST_ERR_VAL)}, {2000, num(2)}}));
+}
+
 // current, input, is a rise, is a fall.
 struct Order {
     Value current, input;

@@ -17,6 +17,7 @@
 #include "host/runtime/manual_time.h"
 #include "host/runtime/monitor.h"
 #include "host/runtime/time.h"
+#include "support/print.h"
 #include "sysevent/functions/event_timeout.h"
 #include "sysevent/functions/now_today.h"
 #include "sysevent/graph/function_factory.h"
@@ -24,15 +25,6 @@
 #include "sysevent/graph/node.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"
-
-inline void PrintTo(const String& s, std::ostream* os) {
-    *os << '"' << s.str() << '"';
-}
-namespace VX::SysEvent {
-inline void PrintTo(const Value& v, std::ostream* os) {
-    *os << v.toString().str();
-}
-}  // namespace VX::SysEvent
 
 namespace VX::SysEvent::testing {
 

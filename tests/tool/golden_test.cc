@@ -1,10 +1,14 @@
 // The tool on scripts, compared line for line with golden transcripts. The
 // runs use --manual-time, so timestamps and timer expiries are exact.
 // SYSEVENT_UPDATE_GOLDEN=1 rewrites the golden files from the tool's output
-// (review the diff before committing it).
+// (review the diff before committing it). A case that draws a timeline names
+// its file @SVG@ in the arguments; the drawing is compared with <name>.svg.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -18,6 +22,7 @@ struct GoldenCase {
     const char* args;   // the tool's arguments
     const char* input;  // standard input
     int status;         // expected exit status
+    bool svg = false;   // the run writes a timeline to @SVG@
 };
 
 const GoldenCase CASES[] = {
@@ -27,6 +32,8 @@ const GoldenCase CASES[] = {
      "tests/tool/golden/errors.se",
      "", 1},
     {"timers", "run --manual-time --script tests/tool/golden/timers.se", "", 0},
+    {"temporal", "run --manual-time --script tests/tool/golden/temporal.se", "", 0},
+    {"functions", "run --manual-time --script tests/tool/golden/functions.se", "", 1},
     {"database", "run --manual-time --script tests/tool/golden/database.se", "", 0},
     {"line_monitor",
      "run examples/line-monitor/lines.se --manual-time --script examples/line-monitor/run.se", "",
@@ -45,7 +52,23 @@ const GoldenCase CASES[] = {
      "", 0},
     // A file that cannot be read is an error; the run goes on.
     {"missing_file", "run tests/tool/golden/no-such-file.se --manual-time", "get x\n", 1},
+    // Test scripts: a passing file, and a failing one with every kind of
+    // failure line.
+    {"test_example", "test examples/line-monitor/alarms.test.se", "", 0},
+    {"test_failing", "test tests/tool/golden/test_failing.se examples/line-monitor/alarms.test.se",
+     "", 1},
+    // why over nested temporal functions, placeholders and dirty nodes.
+    {"why", "run --manual-time --script tests/tool/golden/why.se --explain door.still", "", 1},
+    {"replay", "run --manual-time --script tests/tool/golden/replay.se", "", 1},
+    {"timeline", "run --manual-time --script tests/tool/golden/timeline.se --timeline @SVG@", "", 0,
+     true},
 };
+
+// `text` with every @SVG@ replaced by `path`.
+std::string withSvgPath(std::string text, const std::string& path) {
+    for (size_t at; (at = text.find("@SVG@")) != std::string::npos;) text.replace(at, 5, path);
+    return text;
+}
 
 std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> out;
@@ -60,17 +83,32 @@ TEST_P(Golden, MatchesTranscript) {
     if (!TOOL_AVAILABLE()) GTEST_SKIP() << "the tool is not built";
     const GoldenCase& c = GetParam();
     std::string path = std::string("tests/tool/golden/") + c.name + ".out";
-    ToolRun run = RUN_TOOL(c.args, c.input);
-    if (getenv("SYSEVENT_UPDATE_GOLDEN")) WRITE_SOURCE_FILE(path, run.output);
+    std::string svgPath = testing::TempDir() + c.name + ".svg";
+    ToolRun run = RUN_TOOL(withSvgPath(c.args, svgPath), c.input);
+    std::string svgGolden = std::string("tests/tool/golden/") + c.name + ".svg";
+    std::string svg;
+    if (c.svg) {
+        std::ifstream in(svgPath, std::ios::binary);
+        svg.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        std::remove(svgPath.c_str());
+    }
+    if (getenv("SYSEVENT_UPDATE_GOLDEN")) {
+        WRITE_SOURCE_FILE(path, run.output);
+        if (c.svg) WRITE_SOURCE_FILE(svgGolden, svg);
+    }
 
     EXPECT_EQ(run.status, c.status) << run.output;
-    std::vector<std::string> expected = lines(READ_SOURCE_FILE(path));
-    std::vector<std::string> actual = lines(run.output);
-    ASSERT_FALSE(expected.empty()) << path << " is missing or empty";
-    for (size_t i = 0; i < std::max(expected.size(), actual.size()); ++i) {
-        std::string want = i < expected.size() ? expected[i] : "<end of output>";
-        std::string got = i < actual.size() ? actual[i] : "<end of output>";
-        ASSERT_EQ(got, want) << path << ", line " << i + 1;
+    std::vector<std::pair<std::string, std::string>> compared = {{path, run.output}};
+    if (c.svg) compared.emplace_back(svgGolden, svg);
+    for (const auto& [golden, text] : compared) {
+        std::vector<std::string> expected = lines(READ_SOURCE_FILE(golden));
+        std::vector<std::string> actual = lines(text);
+        ASSERT_FALSE(expected.empty()) << golden << " is missing or empty";
+        for (size_t i = 0; i < std::max(expected.size(), actual.size()); ++i) {
+            std::string want = i < expected.size() ? expected[i] : "<end of output>";
+            std::string got = i < actual.size() ? actual[i] : "<end of output>";
+            ASSERT_EQ(got, want) << golden << ", line " << i + 1;
+        }
     }
 }
 

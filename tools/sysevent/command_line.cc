@@ -2,6 +2,7 @@
 #include "tools/sysevent/command_line.h"
 
 #include <cctype>
+#include <cstring>
 
 namespace SysEventTool {
 
@@ -9,6 +10,16 @@ namespace {
 
 bool isBlank(char c) {
     return isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+// Whether an error value's display text ("#N/A!", "#DIV/0!", ...) starts
+// at `at`: a check may compare with one, and it is no comment.
+bool isErrorValue(const String& line, size_t at) {
+    static const char* const ERRORS[] = {"#N/A!", "#DIV/0!", "#NUM!", "#VAL!", "#ERR!"};
+    for (const char* e : ERRORS) {
+        if (line.str().compare(at, strlen(e), e) == 0) return true;
+    }
+    return false;
 }
 
 // The length of `line` without its comment.
@@ -29,7 +40,7 @@ size_t codeLength(const String& line) {
             quote = c;
         } else if (c == '{') {
             ++braces;
-        } else if (c == '#') {
+        } else if (c == '#' && !isErrorValue(line, i)) {
             return i;
         }
     }

@@ -20,8 +20,9 @@ struct CommandLine {
 };
 
 // Splits `line` into verb and rest. A '#' starts a comment unless it is
-// inside a quoted string ('...' or "...", with backslash escapes) or inside
-// braces (a regular expression in a name). Returns false when the line holds
+// inside a quoted string ('...' or "...", with backslash escapes), inside
+// braces (a regular expression in a name) or begins an error value's text
+// ("#N/A!"). Returns false when the line holds
 // no command (blank, or comment only).
 bool SPLIT_COMMAND(const String& line, CommandLine& out);
 

@@ -14,14 +14,13 @@
 #include "tools/sysevent/options.h"
 #include "tools/sysevent/script_runner.h"
 #include "tools/sysevent/session.h"
+#include "tools/sysevent/test_runner.h"
+#include "tools/sysevent/timeline.h"
 #include "tools/sysevent/trace_monitor.h"
 
 using namespace SysEventTool;
 
 namespace {
-
-// Where the manual clock starts: a fixed point, so that runs repeat exactly.
-const char* const MANUAL_TIME_START = "2024-01-01T00:00:00";
 
 int run(const Options& options) {
     Output output;
@@ -58,6 +57,15 @@ int run(const Options& options) {
                 RUN_STREAM(session, output, std::cin, "<stdin>", true);
             }
         }
+        for (size_t i = 0; i < options.explain.size() && !session.quitRequested(); ++i) {
+            output.line("> why " + options.explain[i]);
+            session.execute("--explain", static_cast<unsigned>(i + 1), "why " + options.explain[i]);
+        }
+        String error;
+        if (!options.timeline.isEmpty() &&
+            !WRITE_TIMELINE(options.timeline, session.changeLog(), error)) {
+            session.reportError(options.timeline, error);
+        }
         errors = session.errorCount();
     }
     if (monitor) {
@@ -87,6 +95,8 @@ int main(int argc, char** argv) {
                 for (const String& line : CATALOGUE_LINES()) printf("%s\n", line.c_str());
             }
             return 0;
+        case Options::TEST:
+            return RUN_TESTS(options);
         case Options::RUN:
             break;
     }

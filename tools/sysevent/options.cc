@@ -5,6 +5,8 @@ namespace SysEventTool {
 
 const char* const USAGE =
     "usage: sysevent run [FILE...] [--db PATH] [--script FILE] [--trace LEVEL] [--manual-time]\n"
+    "                    [--explain NAME]... [--timeline FILE.svg]\n"
+    "       sysevent test FILE... [--timeline FILE.svg]\n"
     "       sysevent functions [--markdown]\n"
     "       sysevent help\n"
     "\n"
@@ -18,6 +20,12 @@ const char* const USAGE =
     "  --trace LEVEL  print the engine's trace lines up to LEVEL (0-4)\n"
     "  --manual-time  the engine clock starts at 2024-01-01T00:00:00 and moves\n"
     "                 only with 'wait', which then takes no real time\n"
+    "  --explain NAME why NAME after the script (the tree behind its value)\n"
+    "  --timeline FILE.svg  draw every watched name over the run's time\n"
+    "test       runs each test script in a fresh engine on the manual clock and\n"
+    "           reports its expect checks per file and in total, ending with\n"
+    "           'N passed, M failed'. Exit status: 0 when all passed, 1 else.\n"
+    "           With several files, --timeline writes FILE-1.svg, FILE-2.svg...\n"
     "functions  lists the built-in functions (--markdown: as docs/functions.md)\n"
     "\n"
     "Inside run, 'help' lists the commands.\n";
@@ -66,15 +74,25 @@ bool PARSE_OPTIONS(int argc, char** argv, Options& options, String& error) {
         }
         return true;
     }
-    if (command != "run") {
+    if (command != "run" && command != "test") {
         error = "unknown command '" + command + "'";
         return false;
     }
-    options.mode = Options::RUN;
+    options.mode = command == "run" ? Options::RUN : Options::TEST;
+    const bool test = options.mode == Options::TEST;
+    options.manualTime = test;
     for (int i = 2; i < argc; ++i) {
         String arg(argv[i]);
         String value;
-        if (isOption(arg, "--db")) {
+        if (isOption(arg, "--timeline")) {
+            if (!optionValue(argc, argv, i, "--timeline", options.timeline, error)) return false;
+        } else if (test && arg.startsWith("-") && arg != "-") {
+            error = "unknown option '" + arg + "' for test";
+            return false;
+        } else if (isOption(arg, "--explain")) {
+            if (!optionValue(argc, argv, i, "--explain", value, error)) return false;
+            options.explain.push_back(value);
+        } else if (isOption(arg, "--db")) {
             if (!optionValue(argc, argv, i, "--db", options.database, error)) return false;
         } else if (isOption(arg, "--script")) {
             if (!optionValue(argc, argv, i, "--script", options.script, error)) return false;
@@ -92,6 +110,10 @@ bool PARSE_OPTIONS(int argc, char** argv, Options& options, String& error) {
         } else {
             options.files.push_back(arg);
         }
+    }
+    if (test && options.files.empty()) {
+        error = "test needs at least one file";
+        return false;
     }
     return true;
 }

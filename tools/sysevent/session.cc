@@ -29,12 +29,23 @@ const Session::Command Session::COMMANDS[] = {
     {"functions", &Session::cmdFunctions, "functions", "list the built-in functions"},
     {"wait", &Session::cmdWait, "wait DURATION",
      "let time pass (with --manual-time: advance the clock)"},
+    {"expect", &Session::cmdExpect, "expect NAME CHECK",
+     "check a value: = LITERAL or ~ REGEX now; changes to LITERAL within DURATION or stays "
+     "LITERAL for DURATION while time passes"},
+    {"why", &Session::cmdWhy, "why NAME [--fresh]",
+     "explain a value: its formula's nodes with values, times and timer state"},
+    {"replay", &Session::cmdReplay, "replay FILE",
+     "feed time,name,value rows of a CSV file through the manual clock"},
+    {"load", &Session::cmdLoad, "load FILE",
+     "run the commands of a file (relative to the file that loads it)"},
     {"help", &Session::cmdHelp, "help [COMMAND]", "show this list"},
     {"quit", &Session::cmdQuit, "quit", "stop reading commands"},
 };
 
 Session::Session(Output& output, bool manualTime)
-    : output_(output), manualTime_(manualTime), database_(output), watches_(output) {}
+    : output_(output), manualTime_(manualTime), database_(output), watches_(output) {
+    watches_.setRecorder(&changes_);
+}
 
 Session::~Session() = default;
 
@@ -46,6 +57,8 @@ bool Session::execute(const String& file, unsigned line, const String& text) {
         if (cmd.verb == c.name) found = &c;
     }
     if (cmd.verb == "exit") found = &COMMANDS[std::size(COMMANDS) - 1];
+    file_ = file;
+    line_ = line;
     Failure failure;
     bool ok = false;
     if (!found) {

@@ -8,6 +8,9 @@
 //   watch [PATTERN]       unwatch PATTERN    track db.NAME  untrack db.NAME
 //   db insert|update|delete|show ENTRY [FIELD=VALUE...]
 //   functions             wait DURATION      help [COMMAND] quit
+//   expect NAME = LITERAL | ~ REGEX | changes to LITERAL within DURATION
+//               | stays LITERAL for DURATION
+//   why NAME [--fresh]    replay FILE.csv    load FILE
 //
 // A failing command prints "FILE:LINE:COLUMN: error: MESSAGE" with the
 // engine's own message and the column it is about; the session goes on with
@@ -19,6 +22,7 @@
 
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
+#include "tools/sysevent/change_log.h"
 #include "tools/sysevent/command_line.h"
 #include "tools/sysevent/config_database.h"
 #include "tools/sysevent/output.h"
@@ -48,6 +52,11 @@ public:
     void reportError(const String& where, const String& message);
 
     unsigned errorCount() const { return errors_; }
+    // Checks of expect commands that held and that failed.
+    unsigned checksPassed() const { return passed_; }
+    unsigned checksFailed() const { return failed_; }
+    // The history of watched and checked names.
+    ChangeLog& changeLog() { return changes_; }
     bool quitRequested() const { return quit_; }
 
     // The help text: one line per command.
@@ -87,6 +96,18 @@ private:
     bool cmdWait(const CommandLine& cmd, Failure& failure);
     bool cmdHelp(const CommandLine& cmd, Failure& failure);
     bool cmdQuit(const CommandLine& cmd, Failure& failure);
+    bool cmdExpect(const CommandLine& cmd, Failure& failure);
+    bool cmdWhy(const CommandLine& cmd, Failure& failure);
+    bool cmdReplay(const CommandLine& cmd, Failure& failure);
+    bool cmdLoad(const CommandLine& cmd, Failure& failure);
+
+    // Lets `ms` milliseconds pass: the manual clock advances (running the
+    // timers due on the way), or real time passes.
+    void passTime(uint64_t ms);
+    // A failed check of an expect command: the failure line at the command's
+    // place, what came instead at `at`, then every change of `name` so far.
+    void checkFailed(const String& expected, const String& got, const VX::Time& at,
+                     const String& name);
 
     // const and var: NAME = LITERAL ["description"].
     bool definition(const CommandLine& cmd, bool constant, Failure& failure);
@@ -103,10 +124,17 @@ private:
     Output& output_;
     const bool manualTime_;
     ConfigDatabase database_;
+    ChangeLog changes_;
     Tracking tracking_;
     WatchList watches_;
     unsigned errors_ = 0;
+    unsigned passed_ = 0;
+    unsigned failed_ = 0;
     bool quit_ = false;
+    // Where the command being executed stands.
+    String file_;
+    unsigned line_ = 0;
+    unsigned loadDepth_ = 0;  // files being loaded, one inside the other
 };
 
 }  // namespace SysEventTool

@@ -59,6 +59,7 @@ void WatchList::print(Watch& watch, const String& name, const Value& value) {
         if (it != watch.lastPrinted.end() && it->second == key) return;
         watch.lastPrinted[name] = key;
     }
+    if (recorder_) recorder_->record(name, value);
     output_.line(TIME_OF_DAY(VX::Time::NOW()) + " " + name + " = " + text);
 }
 

@@ -22,6 +22,7 @@
 #include "host/runtime/time.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/value/value.h"
+#include "tools/sysevent/change_log.h"
 #include "tools/sysevent/output.h"
 
 namespace SysEventTool {
@@ -45,6 +46,8 @@ public:
     bool unwatch(const String& pattern);
     // The watched patterns, sorted.
     std::vector<String> patterns() const;
+    // Every printed change also goes to `log` (null: none).
+    void setRecorder(ChangeLog* log) { recorder_ = log; }
 
 private:
     struct Watch {
@@ -56,6 +59,7 @@ private:
     void print(Watch& watch, const String& name, const VX::SysEvent::Value& value);
 
     Output& output_;
+    ChangeLog* recorder_ = nullptr;
     // Only the command thread changes the map; a watch's callback touches
     // only its own Watch.
     std::map<String, std::unique_ptr<Watch>> watches_;
