@@ -71,6 +71,12 @@ bool Node::triggerEvent(const Event& e) {
         return true;
     }
     s_updateInProgress = true;
+    // Running out of memory half-way must not leave the flag set: every
+    // later change would then be taken for one made during this propagation
+    // and go nowhere.
+    struct EndOfUpdate {
+        ~EndOfUpdate() { s_updateInProgress = false; }
+    } endOfUpdate;
     // The parent list may change under us only through graph edits, which
     // nobody makes during a propagation; copying the collected parents keeps
     // the second phase independent of it anyway.
@@ -79,7 +85,6 @@ bool Node::triggerEvent(const Event& e) {
     for (FunctionNode* p : m_parents)
         if (p->shallBeUpdated()) updating.push_back(p);
     for (FunctionNode* p : updating) p->update(true);
-    s_updateInProgress = false;
     assert(FunctionNode::PENDING_UPDATES_IN_GRAPH() == 0 &&
            "every update counted in the first phase is delivered in the second");
     return true;

@@ -4,8 +4,8 @@
 
 #include <new>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
@@ -22,6 +22,35 @@ namespace {
 
 XCode failure(const char* format, const String& name) {
     return XCode::Failure(String::Formatted(format, name.c_str()));
+}
+
+// Running out of memory inside an operation is the generic failure: each
+// operation that builds something ends in a handler returning this, and
+// undoes what it had published (see createExpression).
+XCode outOfMemory() {
+    return XCode(XCode::GENERIC_FAILURE);
+}
+
+// Publishes `driver`. Running out of memory on the way (while the observers
+// of the driver repository hear of it) takes it out again: a failed creation
+// publishes nothing.
+XCode publish(const VXPPtr<IDriver>& driver) {
+    try {
+        return DRIVER::ADD(driver);
+    } catch (const std::bad_alloc&) {
+        if (driver->getDriverRepository()) DRIVER::REMOVE(driver);
+        return outOfMemory();
+    }
+}
+
+// The re-evaluation after a name appeared, whose result nobody uses: a
+// formula it could not finish for want of memory stays stale and is tried
+// again next time, and the new name stays published.
+void reevaluateAfterPublishing(Repository& repository) {
+    try {
+        repository.reevaluateExpressions();
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 // The driver published under `name`, whatever it offers, or null.
@@ -90,22 +119,26 @@ bool Repository::IS_MATCHING_NAME_REG_EX(const String& pattern, const String& na
 // --- Creating ---
 
 XCode Repository::createConstant(const String& name, const String& description,
-                                 const Value& value) {
+                                 const Value& value) try {
     if (findDriver(name)) return failure("VARIABLE ALREADY EXISTS: %s", name);
     VXPtr<CConstant> constant(new (std::nothrow) CConstant(name, description, value));
     if (!constant) return XCode(XCode::GENERIC_FAILURE);
     return addConstant(constant);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
-XCode Repository::addConstant(const VXPtr<CConstant>& constant) {
+XCode Repository::addConstant(const VXPtr<CConstant>& constant) try {
     if (!constant) return XCode(XCode::GENERIC_FAILURE);
-    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(constant.get())); rc.isErr()) return rc;
-    reevaluateExpressions();
+    if (XCode rc = publish(VXPPtr<IDriver>(constant.get())); rc.isErr()) return rc;
+    reevaluateAfterPublishing(*this);
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createVariable(const String& name, const String& description,
-                                 const Value& value) {
+                                 const Value& value) try {
     if (VXPPtr<IUnknown> existing = findDriver(name)) {
         // The published variable of the name takes the value; nothing new is
         // registered. Anything else under the name keeps it unchanged.
@@ -124,17 +157,21 @@ XCode Repository::createVariable(const String& name, const String& description,
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
     if (XCode rc = variable->setValue(value); rc.isErr()) return rc;
     return addVariable(variable);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
-XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
+XCode Repository::addVariable(const VXPtr<CVariable>& variable) try {
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
-    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
-    reevaluateExpressions();
+    if (XCode rc = publish(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
+    reevaluateAfterPublishing(*this);
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& context,
-                                   const String& name, const String& text) {
+                                   const String& name, const String& text) try {
     out = nullptr;
     const bool isSet = NameResolver::IS_PATTERN(context);
     const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
@@ -153,18 +190,25 @@ XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& conte
         driver = single.get();
         expression = single.get();
     }
-    if (XCode rc = DRIVER::ADD(driver); rc.isErr()) return rc;
-    if (XCode rc = expression->setExpression(text); rc.isErr()) {
-        DRIVER::REMOVE(driver->getDriverName());
-        return rc;
+    if (XCode rc = publish(driver); rc.isErr()) return rc;
+    XCode rc;
+    bool parsed = false;
+    try {
+        rc = expression->setExpression(text);
+        parsed = rc.isSuccess();
+        if (parsed) rc = reevaluateExpressions();
+    } catch (const std::bad_alloc&) {
+        rc = outOfMemory();
     }
-    if (XCode rc = reevaluateExpressions(); rc.isErr()) {
+    if (rc.isErr()) {
         DRIVER::REMOVE(driver->getDriverName());
-        reevaluateExpressions();
+        if (parsed) reevaluateExpressions();
         return rc;
     }
     out = expression;
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createExpression(const String& context, const String& name, const String& text) {
@@ -229,7 +273,7 @@ XCode Repository::get(const String& name, VXPPtr<IExpression>& out) {
 
 // --- Values and formulas ---
 
-XCode Repository::setValue(const String& name, const Value& value) {
+XCode Repository::setValue(const String& name, const Value& value) try {
     VXPPtr<IWrite> writable;
     if (get(name, writable).isSuccess()) {
         XCode rc = writable->setValue(value);
@@ -244,6 +288,8 @@ XCode Repository::setValue(const String& name, const Value& value) {
                         ": ");
     }
     return rc;
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::getValue(const String& name, Value& value) {
@@ -253,7 +299,7 @@ XCode Repository::getValue(const String& name, Value& value) {
     return XCode();
 }
 
-XCode Repository::setExpression(const String& context, const String& name, const String& text) {
+XCode Repository::setExpression(const String& context, const String& name, const String& text) try {
     const bool isSet = NameResolver::IS_PATTERN(context);
     const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
     VXPPtr<IExpression> expression;
@@ -263,10 +309,12 @@ XCode Repository::setExpression(const String& context, const String& name, const
         return expression->setExpression(text);
     }
     return createExpression(context, name, text);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::evaluateExpression(const String& context, const String& text,
-                                     VXVector<Value>& out) {
+                                     VXVector<Value>& out) try {
     out.clear();
     // The look-ups of this parse are nobody's dependencies, also when it
     // runs inside the parse of a published formula (an observer callback).
@@ -284,6 +332,8 @@ XCode Repository::evaluateExpression(const String& context, const String& text,
         out.push_back(root->getLastEvent().value);
     }
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::reevaluateExpressions() {
