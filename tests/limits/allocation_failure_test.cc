@@ -35,6 +35,11 @@ void* allocate(size_t size) {
 
 }  // namespace
 
+// These are the process's allocation functions, so new and free do match
+// here; GCC at -O3 cannot see that and warns.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpragmas"
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void* operator new(size_t size) {
     void* p = failNow() ? nullptr : allocate(size);
     if (!p) throw std::bad_alloc();
@@ -61,6 +66,7 @@ void operator delete(void* p, size_t) noexcept {
 void operator delete[](void* p, size_t) noexcept {
     free(p);
 }
+#pragma GCC diagnostic pop
 
 namespace VX::SysEvent {
 
