@@ -76,6 +76,12 @@ bool Node::triggerEvent(const Event& e) {
         return true;
     }
     s_updateInProgress = true;
+    // Running out of memory half-way must not leave the flag set: every
+    // later change would then be taken for one made during this propagation
+    // and go nowhere.
+    struct EndOfUpdate {
+        ~EndOfUpdate() { s_updateInProgress = false; }
+    } endOfUpdate;
     // Parents that are dirty answer no and stay as they are; unless the
     // questions are traced they are not asked at all, so a change costs
     // nothing for dependents that nobody reads. The collected list is
@@ -91,7 +97,6 @@ bool Node::triggerEvent(const Event& e) {
         }
         for (FunctionNode* p : updating) p->update(true);
     }
-    s_updateInProgress = false;
     assert(FunctionNode::PENDING_UPDATES_IN_GRAPH() == 0 &&
            "every update counted in the first phase is delivered in the second");
     return true;

@@ -81,11 +81,13 @@ XCode CExpressionSet::setExpression(const String& text) {
 
     dropAllExpressions(old);
     m_members = std::move(kept);
-    for (auto& [key, member] : created) {
+    // Plain references, not structured bindings: Clang 14 cannot capture those.
+    for (auto& entry : created) {
+        auto& member = entry.second;
         m_expressionObservers.notify([&member](IExpressionObserver* observer) {
             member->addExpressionObserver(observer, false);
         });
-        m_members.emplace(key, member);
+        m_members.emplace(entry.first, member);
     }
     m_text = text;
     // Making members publishes names that may match the context itself.
@@ -102,7 +104,8 @@ XCode CExpressionSet::reevaluateExpression() {
 }
 
 void CExpressionSet::dropAllExpressions(Members& members) {
-    for (auto& [key, member] : members) {
+    for (auto& entry : members) {
+        auto& member = entry.second;
         m_expressionObservers.notify([&member](IExpressionObserver* observer) {
             member->removeExpressionObserver(observer);
         });

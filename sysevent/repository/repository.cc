@@ -9,11 +9,11 @@
 #include "host/runtime/lock.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
-#include "sysevent/repository/name_lookup.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/expression.h"
 #include "sysevent/repository/expression_set.h"
 #include "sysevent/repository/identifiers.h"
+#include "sysevent/repository/name_lookup.h"
 #include "sysevent/repository/reevaluation_index.h"
 #include "sysevent/repository/variable.h"
 
@@ -23,6 +23,35 @@ namespace {
 
 XCode failure(const char* format, const String& name) {
     return XCode::Failure(String::Formatted(format, name.c_str()));
+}
+
+// Running out of memory inside an operation is the generic failure: each
+// operation that builds something ends in a handler returning this, and
+// undoes what it had published (see createExpression).
+XCode outOfMemory() {
+    return XCode(XCode::GENERIC_FAILURE);
+}
+
+// Publishes `driver`. Running out of memory on the way (while the observers
+// of the driver repository hear of it) takes it out again: a failed creation
+// publishes nothing.
+XCode publish(const VXPPtr<IDriver>& driver) {
+    try {
+        return DRIVER::ADD(driver);
+    } catch (const std::bad_alloc&) {
+        if (driver->getDriverRepository()) DRIVER::REMOVE(driver);
+        return outOfMemory();
+    }
+}
+
+// The re-evaluation after a name appeared, whose result nobody uses: a
+// formula it could not finish for want of memory stays stale and is tried
+// again next time, and the new name stays published.
+void reevaluateAfterPublishing(Repository& repository) {
+    try {
+        repository.reevaluateExpressions();
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 }  // namespace
@@ -84,31 +113,37 @@ bool Repository::IS_MATCHING_NAME_REG_EX(const String& pattern, const String& na
 // --- Creating ---
 
 XCode Repository::createConstant(const String& name, const String& description,
-                                 const Value& value) {
+                                 const Value& value) try {
     // Under a name in use the driver repository refuses the constant, and
     // its text is the answer; the constant never binds a name it does not own.
     VXPtr<CConstant> constant(new (std::nothrow) CConstant(name, description, value));
     if (!constant) return XCode(XCode::GENERIC_FAILURE);
     return addConstant(constant);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
-XCode Repository::addConstant(const VXPtr<CConstant>& constant) {
+XCode Repository::addConstant(const VXPtr<CConstant>& constant) try {
     if (!constant) return XCode(XCode::GENERIC_FAILURE);
-    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(constant.get())); rc.isErr()) return rc;
-    reevaluateExpressions();
+    if (XCode rc = publish(VXPPtr<IDriver>(constant.get())); rc.isErr()) return rc;
+    reevaluateAfterPublishing(*this);
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createVariable(const String& name, const String& description,
-                                 const Value& value) {
+                                 const Value& value) try {
     VXPtr<CVariable> variable(new (std::nothrow) CVariable(name, description));
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
     // Writes the name's proxy node, whoever owns the name.
     if (XCode rc = variable->setValue(value); rc.isErr()) return rc;
     return addVariable(variable);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
-XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
+XCode Repository::addVariable(const VXPtr<CVariable>& variable) try {
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
     VXPPtr<INode> existing;
     if (DRIVER::GET_IF(variable->getDriverName(), existing).isSuccess()) {
@@ -118,13 +153,15 @@ XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
         existing->updateDescription(variable->getDescription());
         return XCode();
     }
-    if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
-    reevaluateExpressions();
+    if (XCode rc = publish(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
+    reevaluateAfterPublishing(*this);
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& context,
-                                   const String& name, const String& text) {
+                                   const String& name, const String& text) try {
     VXPPtr<IDriver> driver;
     if (NameResolver::IS_PATTERN(context)) {
         VXPtr<CExpressionSet> set(new (std::nothrow) CExpressionSet(context, name));
@@ -139,17 +176,24 @@ XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& conte
     }
     // `out` holds the object from here on, also when it is refused: under a
     // name in use the driver repository's own text is the answer.
-    if (XCode rc = DRIVER::ADD(driver); rc.isErr()) return rc;
-    if (XCode rc = out->setExpression(text); rc.isErr()) {
-        DRIVER::REMOVE(driver->getDriverName());
-        return rc;
+    if (XCode rc = publish(driver); rc.isErr()) return rc;
+    XCode rc;
+    bool parsed = false;
+    try {
+        rc = out->setExpression(text);
+        parsed = rc.isSuccess();
+        if (parsed) rc = reevaluateExpressions();
+    } catch (const std::bad_alloc&) {
+        rc = outOfMemory();
     }
-    if (XCode rc = reevaluateExpressions(); rc.isErr()) {
+    if (rc.isErr()) {
         DRIVER::REMOVE(driver->getDriverName());
-        reevaluateExpressions();
+        if (parsed) reevaluateExpressions();
         return rc;
     }
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::createExpression(const String& context, const String& name, const String& text) {
@@ -224,7 +268,7 @@ XCode Repository::get(const String& name, VXPPtr<IExpression>& out) {
 
 // --- Values and formulas ---
 
-XCode Repository::setValue(const String& name, const Value& value) {
+XCode Repository::setValue(const String& name, const Value& value) try {
     VXPPtr<IWrite> writable;
     if (get(name, writable).isSuccess()) {
         XCode rc = writable->setValue(value);
@@ -239,6 +283,8 @@ XCode Repository::setValue(const String& name, const Value& value) {
                         ": ");
     }
     return rc;
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::getValue(const String& name, Value& value) {
@@ -248,7 +294,7 @@ XCode Repository::getValue(const String& name, Value& value) {
     return XCode();
 }
 
-XCode Repository::setExpression(const String& context, const String& name, const String& text) {
+XCode Repository::setExpression(const String& context, const String& name, const String& text) try {
     // An expression set has no node, so it is never found here: setting
     // the formula of one under its own name tries to create it again and
     // gets the driver repository's refusal.
@@ -257,10 +303,12 @@ XCode Repository::setExpression(const String& context, const String& name, const
         return expression->setExpression(text);
     }
     return createExpression(context, name, text);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::evaluateExpression(const String& context, const String& text,
-                                     VXVector<Value>& out) {
+                                     VXVector<Value>& out) try {
     out.clear();
     // The look-ups of this parse are nobody's dependencies.
     RepositoryNameResolver names;
@@ -275,6 +323,8 @@ XCode Repository::evaluateExpression(const String& context, const String& text,
         out.push_back(root->getLastEvent().value);
     }
     return XCode();
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 XCode Repository::reevaluateExpressions() {

@@ -1,0 +1,134 @@
+// Inputs far larger than a device normally sees: a name of 1 MB, a million
+// published names, a pattern over all of them, a DELAY fed a million changes
+// within its delay. Each works and, with jemalloc, within memory
+// proportional to its size; none crashes or hangs (CTest's time-out).
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "host/runtime/crit.h"
+#include "host/runtime/manual_time.h"
+#include "sysevent/repository/repository.h"
+
+#ifdef SYSEVENT_WITH_JEMALLOC
+#include <jemalloc/jemalloc.h>
+#endif
+
+namespace VX::SysEvent {
+namespace {
+
+// A million in a plain build. The sanitizers multiply the cost of every
+// allocation, so there a tenth of it keeps the run within minutes; the
+// families are the same.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr unsigned long long MILLION = 100000;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr unsigned long long MILLION = 100000;
+#else
+constexpr unsigned long long MILLION = 1000000;
+#endif
+#else
+constexpr unsigned long long MILLION = 1000000;
+#endif
+
+Value U(unsigned long long n) {
+    return Value(n);
+}
+
+Value valueOf(const String& name) {
+    Value v(DST_UNDEF);
+    EXPECT_TRUE(Repository::GET_VALUE(name, v).isSuccess()) << name.substring(0, 40).c_str();
+    return v;
+}
+
+// Bytes allocated by the process now; 0 without jemalloc.
+size_t allocated() {
+#ifdef SYSEVENT_WITH_JEMALLOC
+    uint64_t epoch = 1;
+    size_t size = sizeof epoch;
+    mallctl("thread.tcache.flush", nullptr, nullptr, nullptr, 0);
+    mallctl("epoch", &epoch, &size, &epoch, size);
+    size_t bytes = 0;
+    size = sizeof bytes;
+    mallctl("stats.allocated", &bytes, &size, nullptr, 0);
+    return bytes;
+#else
+    return 0;
+#endif
+}
+
+// Fails when what was allocated since `start` exceeds `perItem` bytes for
+// each of `items` (checked only with jemalloc).
+void expectProportional(size_t start, unsigned long long items, size_t perItem, const char* what) {
+    const size_t now = allocated();
+    if (start == 0 || now <= start) return;
+    EXPECT_LE((now - start) / items, perItem) << what << ": " << (now - start) << " bytes";
+}
+
+TEST(SizeLimits, NameOfOneMegabyte) {
+    const String big = "lim." + String(std::string(1 << 20, 'n'));
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    ASSERT_TRUE(repository->createVariable(big, "", U(7)).isSuccess());
+    EXPECT_EQ(valueOf(big), U(7));
+    ASSERT_TRUE(repository->createExpression("lim", "big", big + " * 2").isSuccess());
+    EXPECT_EQ(valueOf("lim.big"), U(14));
+    VXVector<VXPPtr<INode>> nodes;
+    ASSERT_TRUE(repository->get("lim.n%", nodes).isSuccess());
+    EXPECT_EQ(nodes.size(), 1u);
+    repository->destroy("lim.big");
+    repository->destroy(big);
+}
+
+TEST(SizeLimits, MillionNamesAndAPatternOverAll) {
+    const size_t start = allocated();
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    for (unsigned long long i = 0; i < MILLION; ++i) {
+        const XCode rc = repository->createVariable(String::Formatted("many.n%llu", i), "", U(i));
+        ASSERT_TRUE(rc.isSuccess()) << i << ": " << rc.toString().c_str();
+    }
+    expectProportional(start, MILLION, 2048, "published names");
+    EXPECT_EQ(valueOf("many.n999999"), U(999999));
+
+    VXVector<VXPPtr<INode>> nodes;
+    ASSERT_TRUE(repository->get("many.n%", nodes).isSuccess());
+    EXPECT_EQ(nodes.size(), MILLION);
+    nodes.clear();
+    ASSERT_TRUE(repository->createExpression("many", "count", "COUNT(many.n%)").isSuccess());
+    EXPECT_EQ(valueOf("many.count"), U(MILLION));
+    expectProportional(start, MILLION, 2048 + 512, "names and a pattern over them");
+
+    repository->destroy("many.count");
+    for (unsigned long long i = 0; i < MILLION; ++i) {
+        repository->destroy(String::Formatted("many.n%llu", i));
+    }
+    Value gone;
+    EXPECT_FALSE(Repository::GET_VALUE("many.n0", gone).isSuccess());
+}
+
+TEST(SizeLimits, DelayFedAMillionChangesWithinItsDelay) {
+    VX::ManualTime::ENABLE(VX::Time::fromSeconds(1700000000));
+    {
+        VXLockPtr<Repository> repository(Repository::INSTANCE());
+        ASSERT_TRUE(repository->createVariable("late.in", "", U(0)).isSuccess());
+        ASSERT_TRUE(repository->createExpression("late", "out", "DELAY(in, 1h)").isSuccess());
+    }
+    const size_t start = allocated();
+    for (unsigned long long i = 1; i <= MILLION; ++i) {
+        ASSERT_TRUE(Repository::SET_VALUE("late.in", U(i)).isSuccess());
+        if (i % 1000 == 0) VX::ManualTime::ADVANCE(1);  // all within the hour
+    }
+    expectProportional(start, MILLION, 512, "changes waiting in DELAY");
+    EXPECT_NE(valueOf("late.out"), U(MILLION));
+    VX::ManualTime::ADVANCE(3600 * 1000);
+    EXPECT_EQ(valueOf("late.out"), U(MILLION));
+    {
+        VXLockPtr<Repository> repository(Repository::INSTANCE());
+        repository->destroy("late.out");
+        repository->destroy("late.in");
+    }
+    VX::ManualTime::DISABLE();
+}
+
+}  // namespace
+}  // namespace VX::SysEvent
