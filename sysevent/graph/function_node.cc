@@ -3,6 +3,7 @@
 // (requestUpdate) and recompute with its error and time screening.
 #include "sysevent/graph/function_node.h"
 
+#include <new>
 #include <unordered_set>
 
 #include "host/runtime/clock.h"
@@ -138,8 +139,14 @@ FunctionNode::~FunctionNode() {
     // give it its key.
     if (m_listings & LISTED_AS_PROXY) ProxyRepository::INSTANCE()->unlist(this, m_functionName);
     if (m_listings & LISTED_AS_EXPRESSION) {
-        ExpressionRepository::INSTANCE()->unlist(
-            this, m_kind == KIND_PROXY ? m_functionName : FunctionNode::getNormalizedExpression());
+        // A destructor must not throw: without memory for the key, the table
+        // is searched for the node instead.
+        String key;
+        try {
+            key = m_kind == KIND_PROXY ? m_functionName : FunctionNode::getNormalizedExpression();
+        } catch (const std::bad_alloc&) {
+        }
+        ExpressionRepository::INSTANCE()->unlist(this, key);
     }
     m_listings = 0;
     s_pendingUpdatesInGraph -= m_pendingUpdates;

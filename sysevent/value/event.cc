@@ -27,14 +27,9 @@ XCode Event::marshal(VXMarshaller& m) const {
 }
 
 XCode Event::unmarshal(VXMarshaller& m) {
-    // Read into a copy: a form that breaks off after the times must not
-    // leave this event with new times and its old value.
-    Event read;
-    if (XCode rc = m.unmarshal<VX::Time>(read.start); rc.isErr()) return rc;
-    if (XCode rc = m.unmarshal<VX::Time>(read.end); rc.isErr()) return rc;
-    if (XCode rc = read.value.unmarshal(m); rc.isErr()) return rc;
-    *this = std::move(read);
-    return XCode();
+    if (XCode rc = m.unmarshal<VX::Time>(start); rc.isErr()) return rc;
+    if (XCode rc = m.unmarshal<VX::Time>(end); rc.isErr()) return rc;
+    return value.unmarshal(m);
 }
 
 }  // namespace VX::SysEvent
