@@ -31,6 +31,7 @@ set(SYSEVENT_PUBLIC_HEADERS
     host/runtime/marshaller.h
     host/runtime/monitor.h
     host/runtime/ref_counted.h
+    host/runtime/regex.h
     host/runtime/scheduler.h
     host/runtime/string.h
     host/runtime/time.h
