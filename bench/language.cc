@@ -66,7 +66,7 @@ void registerMissingFunctions() {
           "DELAY", "SUM", "IF",        "ABS",     "BITAND", "STABLE", "ISERR", "DATETIME",
           "GT",    "LT",  "GE",        "LE",      "EQ",     "NEQ",    "DIFF",  "PRODUCT",
           "DIV",   "MOD", "BITRSHIFT", "WITHIN",  "NEG"}) {
-        if (!FunctionFactory::INSTANCE().get(name)) {
+        if (!FunctionFactory::INSTANCE()->get(name)) {
             kept->emplace_back(new FunctionFactory::Factory<AnyArity>(name, "[value]*", "bench"));
         }
     }

@@ -502,7 +502,15 @@ void failedRow(const char* workload, const char* why) {
     std::printf("# %-26s%12s  %s\n", workload, "FAILED", why);
     std::fflush(stdout);
 }
+// The workloads named on the command line, or all when none is.
+std::vector<std::string> g_selected;
+bool selected(const char* workload) {
+    return g_selected.empty() ||
+           std::find(g_selected.begin(), g_selected.end(), workload) != g_selected.end();
+}
+
 void attempt(const char* workload, const std::function<Stats()>& fn, const char* note) {
+    if (!selected(workload)) return;
     try {
         row(workload, fn(), note);
     } catch (const std::exception& e) {
@@ -620,6 +628,7 @@ void runAll() {
         "the 20,000 variables alone (baseline)");
 
 #ifdef SYSEVENT_WITH_JEMALLOC
+    if (!selected("memory")) return;
     try {
         std::printf(
             "# bytes per published expression 'src + 1' incl. its name, 100,000 (jemalloc "
@@ -638,7 +647,9 @@ void runAll() {
 // The workloads run on a thread with a large stack: walks over graph depth
 // still recurse, and the deepest shape here (cellx5000, 5,000 layers) does
 // not fit the default 8 MB.
-int main() {
+// Arguments: workload names to run (and "memory"); none runs everything.
+int main(int argc, char** argv) {
+    g_selected.assign(argv + 1, argv + argc);
     pthread_attr_t attr;
     pthread_attr_init(&attr);
     pthread_attr_setstacksize(&attr, size_t{1} << 30);

@@ -1,37 +1,29 @@
-// The whole public API of SysEvent in one include.
+// The public API of SysEvent in one include: what a client uses to publish
+// named values, define expressions, observe changes and bind names to the
+// configuration database. The graph, the formula parser and the event loop
+// are the engine's own and are not installed.
 #pragma once
 
-#include "host/runtime/clock.h"
-#include "host/runtime/crit.h"
-#include "host/db/db.h"
-#include "host/component/driver.h"
+// Host types the API is written in.
 #include "host/component/driver_repository.h"
-#include "host/component/driver_repository_observer.h"
-#include "host/runtime/event_loop.h"
-#include "host/runtime/function.h"
 #include "host/component/info.h"
-#include "host/component/inherit.h"
-#include "host/runtime/manual_time.h"
-#include "host/runtime/monitor.h"
-#include "host/component/object.h"
-#include "host/runtime/regex.h"
-#include "host/runtime/string.h"
-#include "host/runtime/time.h"
 #include "host/component/unknown.h"
 #include "host/component/uuid.h"
+#include "host/runtime/clock.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/crit.h"
+#include "host/runtime/function.h"
+#include "host/runtime/lock.h"
+#include "host/runtime/manual_time.h"
+#include "host/runtime/monitor.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/scheduler.h"
+#include "host/runtime/string.h"
+#include "host/runtime/time.h"
 #include "host/runtime/xcode.h"
+
+// The engine's client API.
 #include "sysevent/database/database_tracker.h"
-#include "sysevent/graph/expression_repository.h"
-#include "sysevent/graph/function_factory.h"
-#include "sysevent/graph/function_node.h"
-#include "sysevent/graph/node.h"
-#include "sysevent/graph/proxy_node.h"
-#include "sysevent/graph/proxy_repository.h"
-#include "sysevent/language/lexer.h"
-#include "sysevent/repository/constant.h"
-#include "sysevent/repository/example_client.h"
-#include "sysevent/repository/expression.h"
-#include "sysevent/repository/expression_set.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/observer.h"
@@ -39,6 +31,5 @@
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/repository/repository.h"
 #include "sysevent/repository/typed_accessors.h"
-#include "sysevent/repository/variable.h"
 #include "sysevent/value/event.h"
 #include "sysevent/value/value.h"

@@ -8,8 +8,8 @@
 
 #include <cstdint>
 
-#include "host/runtime/containers.h"
 #include "host/db/types.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
@@ -24,6 +24,7 @@ namespace DB {
 struct FieldDef {
     String name;       // with its member path: "state.admin"
     String qualified;  // table + "." + name, for messages
+    String quoted;     // the column's name as SQL text (empty for a structure)
     uint16_t no = NO_FIELD;
     uint32_t type = 0;         // FieldType
     uint32_t size = 0;         // as FieldInfo::size
@@ -40,6 +41,10 @@ struct IndexDef {
 
 struct StructDef {
     String name;
+    String quoted;     // the table's name as SQL text
+    String columns;    // every column's name as SQL text, in column order
+    String selectRow;  // the SQL that reads every column of the entry ?1 (a rowid)
+    bool hasTriggers = false;
     uint16_t no = NO_STRUCT;
     VXVector<FieldDef> fields;  // indexed by field number
     VXStringHashTable<uint16_t> fieldNos;

@@ -183,9 +183,23 @@ String STORED_TO_TEXT(const FieldDef& f, const Cell& c) {
             return String(buf, static_cast<size_t>(res.ptr - buf));
         }
         default:
-            if (IS_SIGNED_TYPE(f.type)) return String::stringOf(static_cast<long long>(c.i));
-            return String::stringOf(static_cast<unsigned long long>(static_cast<uint64_t>(c.i)));
+            if (IS_SIGNED_TYPE(f.type)) return DECIMAL(c.i);
+            return DECIMAL(static_cast<uint64_t>(c.i));
     }
+}
+
+// std::to_chars: a notification names its entry by key values as text, once
+// per change, where printf-style formatting would cost more than the rest.
+String DECIMAL(int64_t v) {
+    char buf[24];
+    auto res = std::to_chars(buf, buf + sizeof buf, v);
+    return String(buf, static_cast<size_t>(res.ptr - buf));
+}
+
+String DECIMAL(uint64_t v) {
+    char buf[24];
+    auto res = std::to_chars(buf, buf + sizeof buf, v);
+    return String(buf, static_cast<size_t>(res.ptr - buf));
 }
 
 }  // namespace DB

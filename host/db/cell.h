@@ -11,8 +11,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "host/runtime/containers.h"
 #include "host/db/base.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
 
@@ -74,6 +74,10 @@ XCode FIELD_FROM_UINT32(const FieldDef& field, uint32_t value, Cell& out);
 // NO VALUE", a value of the wrong kind or range (written past this layer)
 // with "INVALID VALUE IN DATABASE FIELD". Both E_VALUE.
 XCode CHECK_STORED(const FieldDef& field, const Cell& cell);
+
+// The decimal text of a number.
+String DECIMAL(int64_t v);
+String DECIMAL(uint64_t v);
 
 // The text of a stored value that passed CHECK_STORED: decimal integers,
 // "true"/"false", the text itself, the shortest exact decimal of a REAL.

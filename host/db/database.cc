@@ -213,6 +213,7 @@ XCode Database::end(bool commit, bool joined, uint64_t generation) {
     VXVector<Notification> changes;
     if (commit && rc.isSuccess()) changes.swap(pending_);
     pending_.clear();
+    lastRows_.clear();
     depth_ = 0;
     outerType_ = -1;
     lock_.unlock();
@@ -239,10 +240,11 @@ void Database::addRegistrations(const VXVector<Registration>& regs) {
 
 void Database::deliver(const VXVector<Notification>& changes) {
     VXPtr<Database> self(this);  // a handler may drop the last other reference
+    VXVector<std::shared_ptr<VX::ComponentEndpoint>> targets;
     for (const Notification& n : changes) {
         const StructDef* s = n.base->findStruct(n.row->structNo);
         if (!s) continue;
-        VXVector<std::shared_ptr<VX::ComponentEndpoint>> targets;
+        targets.clear();
         {
             std::lock_guard<std::mutex> guard(registryMutex_);
             std::erase_if(registrations_,

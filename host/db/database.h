@@ -13,6 +13,8 @@
 
 #include <memory>
 #include <mutex>
+#include <unordered_map>
+#include <utility>
 
 #include "host/db/base.h"
 #include "host/db/cell.h"
@@ -135,6 +137,21 @@ private:
     int outerType_ = -1;
     uint64_t generation_ = 0;
     VXVector<Notification> pending_;
+    // The entries the open write transaction has updated, as they are now,
+    // by (table, UID): the next update of one starts from it instead of
+    // reading it. Only updates that cannot change anything else keep it;
+    // every other write, and the end of the transaction, empties it.
+    struct RowKeyHash {
+        size_t operator()(const std::pair<uint16_t, uint64_t>& k) const {
+            return std::hash<uint64_t>()(k.second * 0x10001u + k.first);
+        }
+    };
+    std::unordered_map<std::pair<uint16_t, uint64_t>, std::shared_ptr<const Row>, RowKeyHash>
+        lastRows_;
+    std::shared_ptr<const Row> lastRow(uint16_t structNo, uint64_t uid) const {
+        auto it = lastRows_.find({structNo, uid});
+        return it == lastRows_.end() ? nullptr : it->second;
+    }
 
     mutable std::mutex baseMutex_;  // guards base_, which is swapped by applySchema
     VXPtr<const Base> base_;

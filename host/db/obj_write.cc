@@ -6,6 +6,8 @@
 
 #include <sqlite3.h>
 
+#include <optional>
+
 #include "host/db/obj_read.h"
 #include "host/db/queries.h"
 #include "host/db/sqlite.h"
@@ -19,22 +21,26 @@ namespace {
 // parent references that form a cycle.
 constexpr int kMaxDepth = 64;
 
+const String kSavepoint = "SAVEPOINT objwrite";
+const String kRollbackTo = "ROLLBACK TO objwrite";
+const String kRelease = "RELEASE objwrite";
+
 // An operation's savepoint: released by commit(), rolled back otherwise.
 class Savepoint {
 public:
     Savepoint(detail::StatementCache& cache, const String& what) : cache_(cache), what_(what) {
-        rc_ = detail::EXEC(cache_, "SAVEPOINT objwrite", what_);
+        rc_ = detail::EXEC(cache_, kSavepoint, what_);
     }
     ~Savepoint() {
         // When SQLite has ended the savepoint itself (some failures roll the
         // whole transaction back), ROLLBACK TO fails and nothing is released.
-        if (open() && detail::EXEC(cache_, "ROLLBACK TO objwrite", what_).isSuccess()) {
-            detail::EXEC(cache_, "RELEASE objwrite", what_);
+        if (open() && detail::EXEC(cache_, kRollbackTo, what_).isSuccess()) {
+            detail::EXEC(cache_, kRelease, what_);
         }
     }
     const XCode& status() const { return rc_; }
     XCode commit() {
-        XCode rc = detail::EXEC(cache_, "RELEASE objwrite", what_);
+        XCode rc = detail::EXEC(cache_, kRelease, what_);
         if (rc.isSuccess()) released_ = true;
         return rc;
     }
@@ -42,7 +48,7 @@ public:
 private:
     bool open() const { return rc_.isSuccess() && !released_; }
     detail::StatementCache& cache_;
-    String what_;
+    const String& what_;
     XCode rc_;
     bool released_ = false;
 };
@@ -129,17 +135,18 @@ XCode ObjWrite::insert(const String& table, const Values& values, uint64_t* uid)
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
 
-    String sql = "INSERT INTO " + detail::QUOTE(s->name);
+    String sql = "INSERT INTO " + s->quoted;
     if (cells.empty()) {
         sql += " DEFAULT VALUES";
     } else {
         String names, params;
         for (size_t i = 0; i < cells.size(); ++i) {
-            names += (i ? ", " : "") + detail::QUOTE(s->fields[cells[i].first].name);
+            names += (i ? ", " : "") + s->fields[cells[i].first].quoted;
             params.concatf("%s?%zu", i ? ", " : "", i + 1);
         }
         sql += " (" + names + ") VALUES (" + params + ")";
     }
+    db.lastRows_.clear();
     Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     detail::Statement st;
@@ -168,32 +175,45 @@ XCode ObjWrite::update(const String& table, uint64_t uid, const Values& values) 
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
 
-    Savepoint sp(*db.statements_, db.path_);
-    if (sp.status().isErr()) return sp.status();
-    std::shared_ptr<const Row> before, after;
-    rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, before);
-    if (rc.isErr() || cells.empty()) return rc;
-
-    String sql = "UPDATE " + detail::QUOTE(s->name) + " SET ";
-    for (size_t i = 0; i < cells.size(); ++i) {
-        sql += (i ? ", " : "") + detail::QUOTE(s->fields[cells[i].first].name);
-        sql.concatf(" = ?%zu", i + 1);
+    // An update that leaves the parent reference alone needs no parent check,
+    // so its one UPDATE statement is atomic by itself: no savepoint. What it
+    // stores is what the parsed values are (each field type's values keep
+    // their kind under the column's affinity, and only the table's own
+    // triggers could change more), so the entry afterwards is known without
+    // reading it again, and the next update of it in this transaction starts
+    // from there. A table with triggers or parent fields, or a change of the
+    // parent reference, takes the general path.
+    bool general = s->hasTriggers || s->hasParentFields();
+    std::optional<Savepoint> sp;
+    if (general) {
+        sp.emplace(*db.statements_, db.path_);
+        if (sp->status().isErr()) return sp->status();
+        db.lastRows_.clear();
     }
-    sql.concatf(" WHERE rowid = ?%zu", cells.size() + 1);
-    detail::Statement st;
-    rc = st.prepare(*db.statements_, sql, s->name);
-    if (rc.isErr()) return rc;
-    for (size_t i = 0; i < cells.size(); ++i) st.bind(static_cast<int>(i + 1), cells[i].second);
-    st.bind(static_cast<int>(cells.size() + 1), static_cast<int64_t>(uid));
-    rc = st.run();
-    if (rc.isSuccess()) rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, after);
-    if (rc.isSuccess()) rc = checkParent(*s, *after);
-    if (rc.isSuccess()) rc = sp.commit();
-    if (rc.isErr()) return rc;
+    std::shared_ptr<const Row> before = general ? nullptr : db.lastRow(s->no, uid);
+    std::shared_ptr<const Row> after;
+    if (!before) {
+        rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, before);
+        if (rc.isErr()) return rc;
+    }
+    if (cells.empty()) return XCode();
 
-    VXVector<uint16_t> all;
-    for (uint16_t c = 0; c < s->columnCount; ++c) all.push_back(c);
-    if (sameCells(*before, *after, all)) return XCode();
+    rc = detail::UPDATE_ROW(*db.statements_, *s, uid, cells);
+    if (general) {
+        if (rc.isSuccess())
+            rc = detail::CAPTURE_ROW(*db.statements_, tx_.getBase(), *s, uid, after);
+        if (rc.isSuccess()) rc = checkParent(*s, *after);
+        if (rc.isSuccess()) rc = sp->commit();
+        if (rc.isErr()) return rc;
+    } else {
+        if (rc.isErr()) return rc;
+        auto row = std::make_shared<Row>(*before);
+        for (const auto& [no, cell] : cells) row->cells[no] = cell;
+        after = std::move(row);
+        db.lastRows_[{s->no, uid}] = after;
+    }
+
+    if (before->cells == after->cells) return XCode();
     if (s->identifierIndex != NO_INDEX &&
         !sameCells(*before, *after, s->indexes[s->identifierIndex].fields)) {
         db.queue(EVENT_DELETE, before, tx_.getDatabaseDescription());
@@ -209,6 +229,7 @@ XCode ObjWrite::remove(const String& table, uint64_t uid) {
     XCode rc = check(table, s);
     if (rc.isErr()) return rc;
     Database& db = *tx_.getDatabase();
+    db.lastRows_.clear();
     Savepoint sp(*db.statements_, db.path_);
     if (sp.status().isErr()) return sp.status();
     Changes changes;
@@ -235,7 +256,7 @@ XCode ObjWrite::removeTree(const StructDef& s, uint64_t uid, int depth, Changes&
     }
     if (rc.isErr()) return rc;
     detail::Statement st;
-    rc = st.prepare(conn, "DELETE FROM " + detail::QUOTE(s.name) + " WHERE rowid = ?1", s.name);
+    rc = st.prepare(conn, "DELETE FROM " + s.quoted + " WHERE rowid = ?1", s.name);
     if (rc.isErr()) return rc;
     st.bind(1, static_cast<int64_t>(uid));
     rc = st.run();

@@ -14,39 +14,46 @@ namespace {
 // that points back into its own chain could make one.
 constexpr int kMaxAncestors = 64;
 
-String columnList(const StructDef& s) {
-    String out;
-    for (uint16_t c = 0; c < s.columnCount; ++c) {
-        if (c) out += ", ";
-        out += QUOTE(s.fields[c].name);
-    }
-    return out;
-}
-
 XCode notFound(const StructDef& s) {
     return XCode(E_NOT_FOUND).setStringF("DATABASE ENTRY NOT FOUND: %s", s.name.c_str());
 }
 
-XCode readRow(StatementCache& cache, const StructDef& s, uint64_t uid, Row& row) {
+}  // namespace
+
+XCode READ_CELLS(StatementCache& cache, const StructDef& s, uint64_t uid, Row& row) {
     Statement st;
-    String sql = "SELECT " + columnList(s) + " FROM " + QUOTE(s.name) + " WHERE rowid = ?1";
-    XCode rc = st.prepare(cache, sql, s.name);
+    XCode rc = st.prepare(cache, s.selectRow, s.name);
     if (rc.isErr()) return rc;
     st.bind(1, static_cast<int64_t>(uid));
     if (!st.step(rc)) return rc.isErr() ? rc : notFound(s);
     row.structNo = s.no;
     row.uid = uid;
     row.cells.clear();
+    row.cells.reserve(s.columnCount);
     for (uint16_t c = 0; c < s.columnCount; ++c) row.cells.push_back(st.column(c));
     return XCode();
 }
 
-}  // namespace
+XCode UPDATE_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
+                 const VXVector<std::pair<uint16_t, Cell>>& cells) {
+    String sql = "UPDATE " + s.quoted + " SET ";
+    for (size_t i = 0; i < cells.size(); ++i) {
+        sql += (i ? ", " : "") + s.fields[cells[i].first].quoted + " = ?" +
+               DECIMAL(static_cast<uint64_t>(i + 1));
+    }
+    sql += " WHERE rowid = ?" + DECIMAL(static_cast<uint64_t>(cells.size() + 1));
+    Statement st;
+    XCode rc = st.prepare(cache, sql, s.name);
+    if (rc.isErr()) return rc;
+    for (size_t i = 0; i < cells.size(); ++i) st.bind(static_cast<int>(i + 1), cells[i].second);
+    st.bind(static_cast<int>(cells.size() + 1), static_cast<int64_t>(uid));
+    return st.run();
+}
 
 XCode READ_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
                std::shared_ptr<const Row>& out) {
     auto row = std::make_shared<Row>();
-    XCode rc = readRow(cache, s, uid, *row);
+    XCode rc = READ_CELLS(cache, s, uid, *row);
     if (rc.isSuccess()) out = std::move(row);
     return rc;
 }
@@ -56,7 +63,7 @@ XCode CAPTURE_ROW(StatementCache& cache, const Base& base, const StructDef& s, u
     // Read the chain from the entry upwards, then link it from the top down,
     // since a Row is immutable once shared.
     VXVector<Row> chain(1);
-    XCode rc = readRow(cache, s, uid, chain[0]);
+    XCode rc = READ_CELLS(cache, s, uid, chain[0]);
     if (rc.isErr()) return rc;
     const StructDef* def = &s;
     while (static_cast<int>(chain.size()) <= kMaxAncestors) {
@@ -66,7 +73,7 @@ XCode CAPTURE_ROW(StatementCache& cache, const Base& base, const StructDef& s, u
         chain.back().parentCaptured = true;
         def = base.findStruct(parentNo);
         Row parent;
-        if (!def || readRow(cache, *def, parentUid, parent).isErr()) break;
+        if (!def || READ_CELLS(cache, *def, parentUid, parent).isErr()) break;
         chain.push_back(std::move(parent));
     }
     std::shared_ptr<const Row> above;
@@ -81,10 +88,10 @@ XCode CAPTURE_ROW(StatementCache& cache, const Base& base, const StructDef& s, u
 
 XCode FIND_BY_INDEX(StatementCache& cache, const StructDef& s, const IndexDef& index,
                     const VXVector<Cell>& values, uint64_t& uid) {
-    String sql = "SELECT rowid FROM " + QUOTE(s.name) + " WHERE ";
+    String sql = "SELECT rowid FROM " + s.quoted + " WHERE ";
     for (size_t i = 0; i < index.fields.size(); ++i) {
         if (i) sql += " AND ";
-        sql += QUOTE(s.fields[index.fields[i]].name);
+        sql += s.fields[index.fields[i]].quoted;
         sql.concatf(" = ?%zu", i + 1);
     }
     sql += " ORDER BY rowid LIMIT 1";
@@ -100,7 +107,7 @@ XCode FIND_BY_INDEX(StatementCache& cache, const StructDef& s, const IndexDef& i
 XCode FIND_NEXT(StatementCache& cache, const StructDef& s, uint64_t after, uint64_t& uid) {
     Statement st;
     XCode rc = st.prepare(
-        cache, "SELECT rowid FROM " + QUOTE(s.name) + " WHERE rowid > ?1 ORDER BY rowid LIMIT 1",
+        cache, "SELECT rowid FROM " + s.quoted + " WHERE rowid > ?1 ORDER BY rowid LIMIT 1",
         s.name);
     if (rc.isErr()) return rc;
     st.bind(1, static_cast<int64_t>(after));
@@ -120,9 +127,9 @@ XCode FIND_CHILDREN(StatementCache& cache, const Base& base, uint16_t structNo, 
         Statement st;
         XCode rc =
             st.prepare(cache,
-                       "SELECT rowid FROM " + QUOTE(child.name) + " WHERE " +
-                           QUOTE(child.fields[child.parentStructColumn].name) + " = ?1 AND " +
-                           QUOTE(child.fields[child.parentIdColumn].name) + " = ?2 ORDER BY rowid",
+                       "SELECT rowid FROM " + child.quoted + " WHERE " +
+                           child.fields[child.parentStructColumn].quoted + " = ?1 AND " +
+                           child.fields[child.parentIdColumn].quoted + " = ?2 ORDER BY rowid",
                        child.name);
         if (rc.isErr()) return rc;
         st.bind(1, static_cast<int64_t>(structNo));

@@ -16,6 +16,14 @@
 
 namespace DB::detail {
 
+// Entry `uid` of table `s` into `row`, without ancestors. E_NOT_FOUND when
+// missing.
+XCode READ_CELLS(StatementCache& cache, const StructDef& s, uint64_t uid, Row& row);
+
+// Sets the given columns (field number, value) of entry `uid`.
+XCode UPDATE_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
+                 const VXVector<std::pair<uint16_t, Cell>>& cells);
+
 // Entry `uid` of table `s`, without ancestors. E_NOT_FOUND when missing.
 XCode READ_ROW(StatementCache& cache, const StructDef& s, uint64_t uid,
                std::shared_ptr<const Row>& out);

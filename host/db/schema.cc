@@ -101,7 +101,9 @@ XCode SchemaReader::read(Base& base) {
     detail::Statement tables;
     XCode rc =
         tables.prepare(conn_,
-                       "SELECT s.name, l.type, l.wr FROM sqlite_schema AS s"
+                       "SELECT s.name, l.type, l.wr, EXISTS (SELECT 1 FROM sqlite_schema AS t"
+                       " WHERE t.type = 'trigger' AND t.tbl_name = s.name)"
+                       " FROM sqlite_schema AS s"
                        " JOIN pragma_table_list AS l ON l.name = s.name AND l.schema = 'main'"
                        " WHERE s.type = 'table' AND s.name NOT LIKE 'sqlite\\_%' ESCAPE '\\'"
                        " ORDER BY s.rowid",
@@ -118,6 +120,7 @@ XCode SchemaReader::read(Base& base) {
             return schemaError("TOO MANY DATABASE TABLES: %s", s.name);
         }
         s.no = static_cast<uint16_t>(base.structs_.size() + 1);
+        s.hasTriggers = tables.columnInt(3) != 0;
         rc = readTable(s);
         if (rc.isErr()) return rc;
         base.structNos_[s.name] = s.no;
@@ -150,6 +153,7 @@ XCode SchemaReader::readColumns(StructDef& s) {
         FieldDef f;
         f.name = cols.columnText(0);
         f.qualified = s.name + "." + f.name;
+        f.quoted = detail::QUOTE(f.name);
         f.column = static_cast<int>(s.fields.size());
         f.no = static_cast<uint16_t>(s.fields.size());
         for (const String& part : f.name.splitAtChars(".")) {
@@ -166,6 +170,9 @@ XCode SchemaReader::readColumns(StructDef& s) {
     }
     if (rc.isErr()) return rc;
     s.columnCount = static_cast<uint16_t>(s.fields.size());
+    s.quoted = detail::QUOTE(s.name);
+    for (uint16_t c = 0; c < s.columnCount; ++c) s.columns += (c ? ", " : "") + s.fields[c].quoted;
+    s.selectRow = "SELECT " + s.columns + " FROM " + s.quoted + " WHERE rowid = ?1";
     return XCode();
 }
 

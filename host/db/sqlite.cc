@@ -132,14 +132,14 @@ XCode Statement::prepare(StatementCache& cache, const String& sql, const String&
     borrowed_ = &entry;
     stmt_ = entry.stmt;
     conn_ = cache.conn_;
-    what_ = what;
+    what_ = &what;
     return XCode();
 }
 
 XCode Statement::prepare(sqlite3* conn, const String& sql, const String& what) {
     release();
     conn_ = conn;
-    what_ = what;
+    what_ = &what;
     int rc = sqlite3_prepare_v2(conn, sql.c_str(), static_cast<int>(sql.length()), &stmt_, nullptr);
     return rc == SQLITE_OK ? XCode() : SQLITE_FAILURE(conn, rc, what);
 }
@@ -176,7 +176,7 @@ void Statement::bind(int i, const String& value) {
 bool Statement::step(XCode& rc) {
     int r = sqlite3_step(stmt_);
     if (r == SQLITE_ROW) return true;
-    if (r != SQLITE_DONE) rc = SQLITE_FAILURE(conn_, r, what_);
+    if (r != SQLITE_DONE) rc = SQLITE_FAILURE(conn_, r, *what_);
     return false;
 }
 

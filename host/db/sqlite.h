@@ -66,7 +66,8 @@ public:
     Statement(const Statement&) = delete;
     Statement& operator=(const Statement&) = delete;
 
-    // Prepares one statement; `what` names the object for failure texts.
+    // Prepares one statement; `what` names the object for failure texts and
+    // must outlive the Statement (a table's name, a database's path).
     XCode prepare(sqlite3* conn, const String& sql, const String& what);
     // The same, borrowed from `cache` and handed back (reset, unbound) by the
     // destructor. A text already in use by another Statement (a recursive
@@ -94,7 +95,7 @@ private:
     sqlite3* conn_ = nullptr;
     sqlite3_stmt* stmt_ = nullptr;
     StatementCache::Entry* borrowed_ = nullptr;
-    String what_;
+    const String* what_ = nullptr;
 };
 
 // Runs one cached statement without parameters or results.

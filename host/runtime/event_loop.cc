@@ -1,5 +1,5 @@
-// VXEventLoop, _VXTimeoutEvent and VX::ManualTime::ADVANCE (which drives the
-// loops' timers while the manual clock is on).
+// VXEventLoop and _VXTimeoutEvent, including the steps by which a manual
+// clock drives a loop.
 #include "host/runtime/event_loop.h"
 
 #include <atomic>
@@ -8,23 +8,13 @@
 #include <utility>
 #include <vector>
 
+#include "host/runtime/crit.h"
 #include "host/runtime/manual_time.h"
 
 namespace {
 
 constexpr int64_t NANOS_PER_MS = 1000000;
 constexpr int64_t NANOS_PER_S = 1000000000;
-
-// Every live loop, so that ManualTime can reach all of them. Never destroyed:
-// loops may be destroyed by static destructors after this file's statics.
-std::mutex& registryMutex() {
-    static std::mutex* mutex = new std::mutex();
-    return *mutex;
-}
-std::vector<VXEventLoop*>& registry() {
-    static std::vector<VXEventLoop*>* loops = new std::vector<VXEventLoop*>();
-    return *loops;
-}
 
 // Start numbers order timers that fall due together, across all loops.
 std::atomic<uint64_t> g_startSeq{0};
@@ -35,11 +25,13 @@ int64_t steadyNow() {
         .count();
 }
 
-int64_t toNanos(VX::Time t) {
+}  // namespace
+
+int64_t VXEventLoop::TO_TIMER_NANOS(VX::Time t) {
     return static_cast<int64_t>(t.getSeconds()) * NANOS_PER_S + t.getNanoseconds();
 }
 
-VX::Time fromNanos(int64_t ns) {
+VX::Time VXEventLoop::FROM_TIMER_NANOS(int64_t ns) {
     int64_t s = ns / NANOS_PER_S;
     int64_t rest = ns % NANOS_PER_S;
     if (rest < 0) {
@@ -50,22 +42,18 @@ VX::Time fromNanos(int64_t ns) {
                     static_cast<int32_t>(rest));
 }
 
-}  // namespace
-
 // ---------------------------------------------------------------------------
 // VXEventLoop
 
-VXEventLoop::VXEventLoop(VXLock& lock) : lock_(lock) {
-    std::lock_guard<std::mutex> guard(registryMutex());
-    registry().push_back(this);
+VXEventLoop::VXEventLoop(VXLock& lock) : VXEventLoop(lock, *CRIT::INSTANCE()) {}
+
+VXEventLoop::VXEventLoop(VXLock& lock, CRIT::Critical& critical)
+    : lock_(lock), critical_(critical) {
+    critical_.addLoop(this);
 }
 
 VXEventLoop::~VXEventLoop() {
-    {
-        std::lock_guard<std::mutex> guard(registryMutex());
-        auto& loops = registry();
-        std::erase(loops, this);
-    }
+    critical_.removeLoop(this);
     shutDown(false);
     std::deque<std::function<void()>> dropped;
     {
@@ -83,8 +71,12 @@ void VXEventLoop::post(std::function<void()> call) {
         return;  // `call` is destroyed outside the mutex
     }
     posted_.push_back(std::move(call));
-    if (!VX::ManualTime::IS_ENABLED()) ensureThreadLocked();
+    if (!manual()) ensureThreadLocked();
     wake_.notify_all();
+}
+
+bool VXEventLoop::manual() const {
+    return critical_.getScheduler().isManual();
 }
 
 bool VXEventLoop::isHandlerThread() const {
@@ -99,10 +91,10 @@ void VXEventLoop::armLocked(_VXTimeoutEvent& event, unsigned ms, bool repeat) {
     event.periodMs_ = repeat && ms == 0 ? 1 : ms;
     event.seq_ = ++g_startSeq;
     event.armed_ = true;
-    event.manual_ = VX::ManualTime::IS_ENABLED();
+    event.manual_ = manual();
     const int64_t delay = static_cast<int64_t>(ms) * NANOS_PER_MS;
     if (event.manual_) {
-        event.due_ = toNanos(VX::ManualTime::CURRENT()) + delay;
+        event.due_ = TO_TIMER_NANOS(critical_.getScheduler().now()) + delay;
         manualQueue_.insert({event.due_, event.seq_, &event});
     } else {
         event.due_ = steadyNow() + delay;
@@ -178,14 +170,14 @@ void VXEventLoop::fireLocked(std::unique_lock<std::mutex>& guard, Queue& queue, 
 void VXEventLoop::threadMain() {
     std::unique_lock<std::mutex> guard(mutex_);
     while (!stopping_) {
-        if (!VX::ManualTime::IS_ENABLED() && hasRealWorkLocked()) {
+        if (!manual() && hasRealWorkLocked()) {
             guard.unlock();
             {
                 VXAutoLock held(lock_);
                 guard.lock();
                 // The mode may have switched while we waited for the lock;
                 // under manual time only ADVANCE runs handlers.
-                while (!stopping_ && !VX::ManualTime::IS_ENABLED()) {
+                while (!stopping_ && !manual()) {
                     if (runPostedLocked(guard)) continue;
                     const int64_t now = steadyNow();
                     if (realQueue_.empty() || realQueue_.begin()->due > now) break;
@@ -196,7 +188,7 @@ void VXEventLoop::threadMain() {
             guard.lock();
             continue;
         }
-        if (VX::ManualTime::IS_ENABLED() || realQueue_.empty()) {
+        if (manual() || realQueue_.empty()) {
             wake_.wait(guard);
         } else {
             const auto due = std::chrono::steady_clock::time_point(
@@ -234,17 +226,15 @@ void VXEventLoop::shutDown(bool atExit) {
 }
 
 void VXEventLoop::SHUT_DOWN_ALL_AT_EXIT() {
-    std::lock_guard<std::mutex> guard(registryMutex());
-    for (VXEventLoop* loop : registry()) loop->shutDown(true);
+    for (VXEventLoop* loop : CRIT::INSTANCE()->getLoops()) loop->shutDown(true);
 }
 
-void VXEventLoop::REBASE_TIMERS(bool wasManual, VX::Time oldManualNow, bool manual,
-                                VX::Time newManualNow) {
+void VXEventLoop::REBASE_TIMERS(const std::vector<VXEventLoop*>& loops, bool wasManual,
+                                VX::Time oldManualNow, bool manual, VX::Time newManualNow) {
     if (!wasManual && !manual) return;
-    const int64_t oldBase = toNanos(oldManualNow);
-    const int64_t newBase = toNanos(newManualNow);
-    std::lock_guard<std::mutex> registryGuard(registryMutex());
-    for (VXEventLoop* loop : registry()) {
+    const int64_t oldBase = TO_TIMER_NANOS(oldManualNow);
+    const int64_t newBase = TO_TIMER_NANOS(newManualNow);
+    for (VXEventLoop* loop : loops) {
         std::unique_lock<std::mutex> guard(loop->mutex_);
         const int64_t steady = steadyNow();
         Queue target;
@@ -281,9 +271,12 @@ _VXTimeoutEvent::_VXTimeoutEvent(VXEventLoop& loop, EventPrio::Type prio, Functi
       loop_(loop),
       prio_(prio),
       function_(function),
-      argument_(argument) {}
+      argument_(argument) {
+    ++loop_.timerCount_;
+}
 
 _VXTimeoutEvent::~_VXTimeoutEvent() {
+    --loop_.timerCount_;
     std::unique_lock<std::mutex> guard(loop_.mutex_);
     loop_.disarmLocked(*this);
     const std::thread::id me = std::this_thread::get_id();
@@ -291,6 +284,10 @@ _VXTimeoutEvent::~_VXTimeoutEvent() {
 }
 
 XCode _VXTimeoutEvent::start(unsigned ms, bool repeat) {
+    if (XCode refused = loop_.critical_.getScheduler().admitTimerStart(); refused.isErr()) {
+        stop();
+        return refused;
+    }
     std::lock_guard<std::mutex> guard(loop_.mutex_);
     loop_.armLocked(*this, ms, repeat);
     if (!manual_) {
@@ -314,68 +311,31 @@ bool _VXTimeoutEvent::isRunning() const {
 }
 
 // ---------------------------------------------------------------------------
-// VX::ManualTime::ADVANCE
+// Driving under a manual clock
 
-struct ManualAdvance {
-    using Entry = VXEventLoop::Entry;
-
-    static std::vector<VXEventLoop*> loops() {
-        std::lock_guard<std::mutex> guard(registryMutex());
-        return registry();
+bool VXEventLoop::runOnePosted() {
+    {
+        std::lock_guard<std::mutex> guard(mutex_);
+        if (posted_.empty()) return false;
     }
-
-    // Runs one posted call of some loop; false when none is queued.
-    static bool runOnePosted(const std::vector<VXEventLoop*>& loops) {
-        for (VXEventLoop* loop : loops) {
-            {
-                std::lock_guard<std::mutex> guard(loop->mutex_);
-                if (loop->posted_.empty()) continue;
-            }
-            VXAutoLock held(loop->lock_);
-            std::unique_lock<std::mutex> guard(loop->mutex_);
-            if (loop->runPostedLocked(guard)) return true;
-        }
-        return false;
-    }
-
-    // Runs the earliest timer due at or before `end` over all loops; false
-    // when none is due.
-    static bool runOneTimer(const std::vector<VXEventLoop*>& loops, int64_t end) {
-        VXEventLoop* best = nullptr;
-        Entry bestEntry{};
-        for (VXEventLoop* loop : loops) {
-            std::lock_guard<std::mutex> guard(loop->mutex_);
-            if (loop->manualQueue_.empty()) continue;
-            const Entry& head = *loop->manualQueue_.begin();
-            if (head.due <= end && (!best || head < bestEntry)) {
-                best = loop;
-                bestEntry = head;
-            }
-        }
-        if (!best) return false;
-        VXAutoLock held(best->lock_);
-        std::unique_lock<std::mutex> guard(best->mutex_);
-        if (best->manualQueue_.empty()) return true;  // changed meanwhile: look again
-        const Entry& head = *best->manualQueue_.begin();
-        if (head.seq != bestEntry.seq || head.due != bestEntry.due) return true;
-        VX::ManualTime::SET_CURRENT(fromNanos(head.due));
-        best->fireLocked(guard, best->manualQueue_, true, head.due);
-        return true;
-    }
-};
-
-namespace VX {
-
-void ManualTime::ADVANCE(unsigned ms) {
-    if (!IS_ENABLED()) return;
-    const int64_t end = toNanos(CURRENT()) + static_cast<int64_t>(ms) * NANOS_PER_MS;
-    for (;;) {
-        // Loops are looked up afresh each round: handlers may make new ones.
-        const std::vector<VXEventLoop*> loops = ManualAdvance::loops();
-        if (ManualAdvance::runOnePosted(loops)) continue;
-        if (!ManualAdvance::runOneTimer(loops, end)) break;
-    }
-    SET_CURRENT(fromNanos(end));
+    VXAutoLock held(lock_);
+    std::unique_lock<std::mutex> guard(mutex_);
+    return runPostedLocked(guard);
 }
 
-}  // namespace VX
+std::optional<VXEventLoop::DueTimer> VXEventLoop::nextManualTimer() const {
+    std::lock_guard<std::mutex> guard(mutex_);
+    if (manualQueue_.empty()) return std::nullopt;
+    const Entry& head = *manualQueue_.begin();
+    return DueTimer{head.due, head.seq};
+}
+
+void VXEventLoop::runManualTimer(const DueTimer& timer, VX::ManualScheduler& clock) {
+    VXAutoLock held(lock_);
+    std::unique_lock<std::mutex> guard(mutex_);
+    if (manualQueue_.empty()) return;
+    const Entry& head = *manualQueue_.begin();
+    if (head.seq != timer.seq || head.due != timer.due) return;
+    clock.set(FROM_TIMER_NANOS(head.due));
+    fireLocked(guard, manualQueue_, true, head.due);
+}

@@ -6,31 +6,36 @@
 // lock is held, so handlers may touch state guarded by the lock without taking
 // it themselves.
 //
-// Two modes, chosen process-wide by VX::ManualTime:
+// Two modes, chosen by the scheduler in force (VX::Scheduler, owned by CRIT;
+// every loop runs on it):
 // - Real time: each loop runs its own thread, started lazily by the first
 //   timer start or post (a loop that is never used costs no thread). Timers
 //   follow the monotonic clock.
-// - Manual time: no thread runs anything. ManualTime::ADVANCE runs, on the
-//   calling thread with the loop's lock held, every posted call and every
-//   timer that falls due, in due order (ties: start order), with the manual
-//   clock reading each timer's own due time while its handler runs.
-// Switching modes carries every pending timer over with its remaining delay:
-// ENABLE(start) re-arms real-time timers at start + remaining, DISABLE re-arms
-// manual timers at now + remaining on the monotonic clock, and ENABLE while
-// already enabled re-bases manual timers onto the new start. Posted calls not
-// yet run stay queued and run in the new mode. Nothing is stranded.
+// - Manual time: no thread runs anything. VX::ManualScheduler::advance runs,
+//   through runOnePosted and runManualTimer, on the calling thread with the
+//   loop's lock held, every posted call and every timer that falls due, in
+//   due order (ties: start order), with the manual clock reading each timer's
+//   own due time while its handler runs.
+// Switching schedulers carries every pending timer over with its remaining
+// delay (REBASE_TIMERS): to a manual clock at its reading + remaining, to the
+// real clock at now + remaining on the monotonic clock, and from one manual
+// reading to another the same way. Posted calls not yet run stay queued and
+// run in the new mode. Nothing is stranded.
 //
 // Lock order: a loop's lock before its internal mutex; the internal mutex is
 // never held while user code runs.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <thread>
+#include <vector>
 
 #include "host/runtime/lock.h"
 #include "host/runtime/ref_counted.h"
@@ -44,11 +49,20 @@ enum Type : int { LOW = 0, NORMAL = 1, HIGH = 2 };
 }  // namespace EventPrio
 
 class _VXTimeoutEvent;
+namespace CRIT {
+class Critical;
+}
+namespace VX {
+class ManualScheduler;
+}
 
 class VXEventLoop {
 public:
-    // A loop whose handlers run under `lock`. The lock must outlive the loop.
+    // A loop whose handlers run under `lock`, on the engine's scheduler. The
+    // lock must outlive the loop.
     explicit VXEventLoop(VXLock& lock);
+    // The same on the scheduler of `critical` (which makes its own loop so).
+    VXEventLoop(VXLock& lock, CRIT::Critical& critical);
     // Stops and joins the loop's thread. Every timer of the loop must have been
     // destroyed already, and the caller must not hold the loop's lock (the
     // thread may be waiting for it). Posted calls not yet run are dropped.
@@ -68,14 +82,38 @@ public:
     // own thread, or the thread inside ManualTime::ADVANCE).
     bool isHandlerThread() const;
 
-    // Called by VX::ManualTime when the mode switches (see the file comment);
-    // not for other callers.
-    static void REBASE_TIMERS(bool wasManual, VX::Time oldManualNow, bool manual,
-                              VX::Time newManualNow);
+    // The timers made on this loop and not yet destroyed, armed or not.
+    unsigned getTimerCount() const { return timerCount_.load(std::memory_order_relaxed); }
+
+    // Driving the loop under a manual clock (VX::ManualScheduler::advance).
+    // A pending manual timer: its due time and start number.
+    struct DueTimer {
+        int64_t due;
+        uint64_t seq;
+        friend bool operator<(const DueTimer& a, const DueTimer& b) {
+            return a.due != b.due ? a.due < b.due : a.seq < b.seq;
+        }
+    };
+    // Runs the oldest posted call under the loop's lock; false when none.
+    bool runOnePosted();
+    // The earliest pending manual timer, if any.
+    std::optional<DueTimer> nextManualTimer() const;
+    // Runs `timer` under the loop's lock, with `clock` reading its due time,
+    // if it is still the earliest one (a handler elsewhere may have changed
+    // the queue meanwhile; the caller then simply looks again).
+    void runManualTimer(const DueTimer& timer, VX::ManualScheduler& clock);
+
+    // Manual clock readings as timer due times (nanoseconds) and back.
+    static int64_t TO_TIMER_NANOS(VX::Time t);
+    static VX::Time FROM_TIMER_NANOS(int64_t ns);
+
+    // Called by CRIT when the scheduler changes (see the file comment), with
+    // the list of loops held; not for other callers.
+    static void REBASE_TIMERS(const std::vector<VXEventLoop*>& loops, bool wasManual,
+                              VX::Time oldManualNow, bool manual, VX::Time newManualNow);
 
 private:
     friend class _VXTimeoutEvent;
-    friend struct ManualAdvance;
 
     // A pending timer: due time in nanoseconds (monotonic clock, or manual
     // clock as seconds * 10^9 + nanoseconds), then a process-wide start number.
@@ -106,7 +144,12 @@ private:
     void shutDown(bool atExit);
     static void SHUT_DOWN_ALL_AT_EXIT();
 
+    // True while the scheduler in force runs a manual clock.
+    bool manual() const;
+
     VXLock& lock_;
+    CRIT::Critical& critical_;
+    std::atomic<unsigned> timerCount_{0};
     mutable std::mutex mutex_;
     std::condition_variable wake_;  // the thread: work arrived or mode changed
     std::condition_variable idle_;  // a handler finished, or the thread ended
@@ -141,7 +184,8 @@ public:
 
     // Arms the timer to expire `ms` milliseconds from now, once or every `ms`
     // milliseconds (a repeating period of 0 counts as 1). Starting a running
-    // timer re-arms it from now. Always succeeds.
+    // timer re-arms it from now. Fails, leaving the timer stopped, when the
+    // scheduler in force refuses the start or the loop's thread cannot start.
     XCode start(unsigned ms, bool repeat = false);
     // Disarms the timer; a pending expiry does not happen. Stopping a stopped
     // timer does nothing.
@@ -154,7 +198,6 @@ public:
 
 private:
     friend class VXEventLoop;
-    friend struct ManualAdvance;
 
     VXEventLoop& loop_;
     const EventPrio::Type prio_;

@@ -30,8 +30,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "host/runtime/event_loop.h"
 #include "host/runtime/ref_counted.h"
+
+// The loop's internals stay out of this header (function.cc uses them).
+class VXEventLoop;
 
 namespace VX {
 
@@ -85,8 +87,8 @@ public:
 class FunctionEventSync {
 public:
     explicit FunctionEventSync(VXEventLoop& loop) : loop_(loop) {}
-    void lock() { loop_.getLock().lock(); }
-    void unlock() { loop_.getLock().unlock(); }
+    void lock();
+    void unlock();
     VXEventLoop& getEventLoop() const { return loop_; }
 
 private:
@@ -115,7 +117,7 @@ private:
 class FunctionEventAsync {
 public:
     explicit FunctionEventAsync(VXEventLoop& loop) : loop_(loop) {}
-    void set(std::function<void()> handle) { loop_.post(std::move(handle)); }
+    void set(std::function<void()> handle);
     VXEventLoop& getEventLoop() const { return loop_; }
 
 private:

@@ -4,7 +4,7 @@
 // so that VXLockPtr can hold that lock while it uses the object.
 //
 // VXPtr, VXPPtr (interface pointers) and VXLWPtr (the engine's node handles)
-// are one counted-pointer type under three names: each holds one reference.
+// are one counted-pointer type under three names (see below for why).
 #pragma once
 
 #include <atomic>
@@ -90,6 +90,12 @@ private:
 
 }  // namespace VX
 
+// Three names, one type. The names are part of the interfaces clients and
+// drivers are written against, and each says where a pointer comes from:
+// VXPtr for engine objects handed to clients (the Repository, expressions),
+// VXPPtr for component interfaces out of the driver repository, VXLWPtr for
+// graph nodes. Keeping them aliases of one template (rather than three
+// classes) lets a pointer pass between the layers without conversion code.
 template <typename T>
 using VXPtr = VX::CountedPtr<T>;
 template <typename T>

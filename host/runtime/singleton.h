@@ -12,16 +12,16 @@ VXMutex& FAST_MUTEX();
 template <typename T>
 class VXSingleton {
 public:
-    static T& INSTANCE() {
+    static T* INSTANCE() {
         T* p = s_instance.load(std::memory_order_acquire);
-        if (p) return *p;
+        if (p) return p;
         VXAutoMutex guard(FAST_MUTEX());
         p = s_instance.load(std::memory_order_relaxed);
         if (!p) {
             p = new T();
             s_instance.store(p, std::memory_order_release);
         }
-        return *p;
+        return p;
     }
 
 private:

@@ -1,9 +1,7 @@
-// VX::Time: arithmetic and the time source.
+// VX::Time: arithmetic, and NOW, which reads the scheduler in force.
 #include "host/runtime/time.h"
 
-#include <ctime>
-
-#include "host/runtime/manual_time.h"
+#include "host/runtime/crit.h"
 
 namespace VX {
 
@@ -25,10 +23,7 @@ Time Time::fromMilliseconds(uint64_t ms) {
 }
 
 Time Time::NOW(int /*source*/) {
-    if (ManualTime::IS_ENABLED()) return ManualTime::CURRENT();
-    timespec ts{};
-    clock_gettime(CLOCK_REALTIME, &ts);
-    return Time(wrap(ts.tv_sec), static_cast<int32_t>(ts.tv_nsec));
+    return CRIT::INSTANCE()->getScheduler().now();
 }
 
 Time& Time::clearDate() {

@@ -20,7 +20,8 @@ public:
     static Time fromMilliseconds(uint64_t ms);
 
     // The current time. Source 1 is the wall clock (seconds since 1970 in zone
-    // 0); under VX::ManualTime every source reads the manual clock.
+    // 0), read from the engine's scheduler (VX::Scheduler): under a manual
+    // clock every source reads that clock.
     static Time NOW(int source = 1);
 
     int32_t getSeconds() const { return seconds_; }

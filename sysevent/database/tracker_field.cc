@@ -173,21 +173,23 @@ XCode DatabaseTracker::GET_ENTRY_ID(String& id, DB::ObjRead& entry) {
         if (rc.isErr()) return rc;
         out = parentId + ".";
     }
-    out += entry.getStructName();
+    // The dictionary's own description of the table: its field names and
+    // identifier, without copies of them for every change.
     const VXPtr<const DB::Base>& base = entry.getDatabaseDescription();
-    uint16_t index = base ? base->getIndexNo(entry.getStructNo(), "identifier") : DB::NO_INDEX;
-    if (index != DB::NO_INDEX) {
+    const DB::StructDef* table = base ? base->findStruct(entry.getStructNo()) : nullptr;
+    if (!table) return XCode(DB::E_SCHEMA, "NO DATABASE TABLE SELECTED");
+    out += table->name;
+    if (table->identifierIndex != DB::NO_INDEX) {
         out += ":";
-        VXVector<String> fields;
-        XCode rc = base->getListOfIndexFields(entry.getStructNo(), index, fields);
-        if (rc.isErr()) return rc;
         bool first = true;
-        for (const String& f : fields) {
+        for (uint16_t no : table->indexes[table->identifierIndex].fields) {
+            const String& f = table->fields[no].name;
             if (f == "objType" || f == "objStatus" || f.startsWith("parent.")) continue;
             String text;
-            rc = entry.getAsString(f, text, 0, 0);
+            XCode rc = entry.getAsString(f, text, 0, 0);
             if (rc.isErr()) return rc;
-            out += (first ? "" : ":") + text;
+            if (!first) out += ":";
+            out += text;
             first = false;
         }
     }

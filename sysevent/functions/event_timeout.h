@@ -8,11 +8,6 @@
 // record) and must not move, since the event carries its address. Destroying
 // it destroys the event, which cancels an expiry that has not happened yet:
 // an owner that is gone is never called.
-//
-// EventTimeouts: what all VXEventTimeouts share: a seam through which tests
-// make timer starts fail (to exercise the paths the host's loop takes only
-// when it cannot run a thread), and the count of live timers, by which tests
-// see that no timer outlives its owner.
 #pragma once
 
 #include "host/runtime/crit.h"
@@ -21,15 +16,6 @@
 #include "host/runtime/xcode.h"
 
 namespace VX::SysEvent {
-
-// Read and written under the engine lock, like the timers' owners.
-struct EventTimeouts {
-    // While this is a failure, every VXEventTimeout::start returns it and
-    // arms nothing. Success (the default) lets starts through.
-    static XCode s_injectedStartFailure;
-    // VXEventTimeouts alive now.
-    static unsigned s_live;
-};
 
 template <typename T>
 class VXEventTimeout {
@@ -41,29 +27,23 @@ public:
     explicit VXEventTimeout(T* target, Method method = &T::onTimeout)
         : m_pTarget(target),
           m_method(method),
-          m_event(EVENT_LOOP(), EventPrio::NORMAL, &VXEventTimeout::HANDLE_EVENT, this) {
-        ++EventTimeouts::s_live;
-    }
+          m_event(EVENT_LOOP(), EventPrio::NORMAL, &VXEventTimeout::HANDLE_EVENT, this) {}
     // Destroys the event: a pending expiry never happens.
-    ~VXEventTimeout() { --EventTimeouts::s_live; }
+    ~VXEventTimeout() = default;
     VXEventTimeout(const VXEventTimeout&) = delete;
     VXEventTimeout& operator=(const VXEventTimeout&) = delete;
 
     // Arms the timer `ms` milliseconds from now; a running timer is re-armed,
     // so the delay counts from this call. The running flag is set first and
-    // cleared again when the start fails, so it never claims an expiry that
-    // will not come.
+    // cleared again when the start fails (the engine's scheduler may refuse
+    // it, or the loop's thread may not start), so it never claims an expiry
+    // that will not come.
     XCode start(unsigned ms, bool repeat = false) {
         m_running = true;
         m_repeat = repeat;
         m_due = VX::Time::NOW() + VX::Time::fromMilliseconds(ms);
-        XCode rc = EventTimeouts::s_injectedStartFailure.isErr()
-                       ? EventTimeouts::s_injectedStartFailure
-                       : m_event.start(ms, repeat);
-        if (rc.isErr()) {
-            m_event.stop();
-            m_running = false;
-        }
+        XCode rc = m_event.start(ms, repeat);
+        if (rc.isErr()) m_running = false;
         return rc;
     }
 

@@ -1,9 +1,10 @@
 // ExpressionRepository: the process-wide table that shares identical
 // sub-expressions. It maps the normalized expression of every function node
 // the parser built, the display text of every literal, and the names given to
-// getOrCreateUndefinedReference, to the one node that computes it. Entries
-// are never removed: everything ever parsed stays and is reused by later
-// parses of the same text.
+// getOrCreateUndefinedReference, to the one node that computes it. The table
+// does not hold its nodes: an entry lasts as long as somebody (an
+// expression, a published object, a parse in progress) holds the node, and
+// a later parse of the same text after that simply builds it again.
 //
 // Made on first use by VXSingleton<ExpressionRepository>::INSTANCE() under
 // FAST_MUTEX and never destroyed. The table itself is unlocked: every caller
@@ -22,7 +23,7 @@ class ExpressionRepository : public VXSingleton<ExpressionRepository> {
 public:
     virtual ~ExpressionRepository() = default;
 
-    // Stores `node` (taking a reference) under `key`. There is no check for an
+    // Lists `node` under `key` until the node dies. There is no check for an
     // existing entry (callers look up first); one would be replaced.
     void add(const String& key, Node* node);
     // The node stored under `key` (exact byte match), or null.
@@ -39,8 +40,14 @@ public:
     // under `name` and returns it.
     VXLWPtr<Node> getOrCreateUndefinedReference(const String& name);
 
+    // Called by a dying node listed here: drops its entry (looked up under
+    // `key`, its own sharing key; any other entry of it is found by a scan).
+    void unlist(Node* node, const String& key);
+    // How many entries the table holds.
+    size_t size() const { return m_nodes.size(); }
+
 private:
-    VXStringHashTable<VXLWPtr<Node>> m_nodes;
+    VXStringHashTable<Node*> m_nodes;  // not owned
 };
 
 }  // namespace VX::SysEvent

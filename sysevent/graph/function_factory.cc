@@ -9,11 +9,11 @@ namespace VX::SysEvent {
 FunctionFactory::FactoryBase::FactoryBase(const String& name, const String& parameterText,
                                           const String& description)
     : m_name(name), m_parameterText(parameterText), m_description(description) {
-    FunctionFactory::INSTANCE().registerFactory(m_name, this);
+    FunctionFactory::INSTANCE()->registerFactory(m_name, this);
 }
 
 FunctionFactory::FactoryBase::~FactoryBase() {
-    FunctionFactory::INSTANCE().unregisterFactory(m_name);
+    FunctionFactory::INSTANCE()->unregisterFactory(m_name);
 }
 
 void FunctionFactory::registerFactory(const String& name, FactoryBase* factory) {
@@ -44,7 +44,7 @@ void FunctionFactory::getNames(VXVector<String>& names) const {
 }
 
 VXLWPtr<FunctionNode> FunctionFactory::CREATE(const String& name) {
-    return INSTANCE().create(name);
+    return INSTANCE()->create(name);
 }
 
 }  // namespace VX::SysEvent

@@ -8,6 +8,8 @@
 #include "host/runtime/clock.h"
 #include "host/runtime/log.h"
 #include "host/runtime/time.h"
+#include "sysevent/graph/expression_repository.h"
+#include "sysevent/graph/proxy_repository.h"
 
 namespace VX::SysEvent {
 
@@ -54,6 +56,55 @@ Value errorValueOf(const XCode& code) {
     v = Value(st);
 }
 
+// A walk's stack: the first levels on the C stack, deeper ones on the heap.
+// Each walk has its own, so a walk started from inside another (an observer
+// reading a value) leaves the outer one's frames alone.
+template <typename Frame>
+class WalkStack {
+public:
+    void push(const Frame& f) {
+        if (m_size < INLINE)
+            m_inline[m_size] = f;
+        else
+            m_spill.push_back(f);
+        ++m_size;
+    }
+    Frame& top() { return m_size <= INLINE ? m_inline[m_size - 1] : m_spill.back(); }
+    void pop() {
+        if (m_size > INLINE) m_spill.pop_back();
+        --m_size;
+    }
+    bool empty() const { return m_size == 0; }
+
+private:
+    static constexpr size_t INLINE = 16;
+    Frame m_inline[INLINE];
+    std::vector<Frame> m_spill;
+    size_t m_size = 0;
+};
+
+struct AskFrame {
+    FunctionNode* node;
+    size_t next;  // the next parent to ask
+    bool interested;
+};
+struct DeliverFrame {
+    FunctionNode* node;
+    size_t next;  // the next parent to update
+    bool result;
+};
+struct ReadFrame {
+    FunctionNode* node;
+    size_t next;  // the next child to bring up to date
+};
+
+// Nodes whose release is due, while a release is running on this thread:
+// a dying child queues its own children here instead of releasing them from
+// inside its destructor, so that releasing a long chain nests nothing. Made
+// when a release first nests and dropped when it is drained.
+thread_local VXVector<Node*>* t_dueReleases = nullptr;
+thread_local bool t_releasing = false;
+
 }  // namespace
 
 [[gnu::noinline]] void FunctionNode::computeInto(Event& result) {
@@ -78,16 +129,61 @@ const Event& FunctionNode::missingArgument() const {
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
     : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
     m_name = String::Formatted("%s(%p)", functionName.c_str(), static_cast<const void*>(this));
+    m_kind = KIND_FUNCTION;
+    m_dirty = true;
 }
 
 FunctionNode::~FunctionNode() {
+    // The sharing tables forget the node first, while its children still
+    // give it its key.
+    if (m_listings & LISTED_AS_PROXY) ProxyRepository::INSTANCE().unlist(this, m_functionName);
+    if (m_listings & LISTED_AS_EXPRESSION) {
+        ExpressionRepository::INSTANCE().unlist(
+            this, m_kind == KIND_PROXY ? m_functionName : FunctionNode::getNormalizedExpression());
+    }
+    m_listings = 0;
     s_pendingUpdatesInGraph -= m_pendingUpdates;
     for (const VXLWPtr<Node>& child : m_children) child->removeParent(this);
-    // m_children releases the children now, in argument order.
+    if (t_releasing) {
+        // Inside another node's release: queue the children, last first, so
+        // that they are released in argument order, each one's own children
+        // before the next one, as nested destructors would release them.
+        if (!t_dueReleases) t_dueReleases = new VXVector<Node*>();
+        for (size_t i = m_children.size(); i-- > 0;) {
+            Node* child = m_children[i].get();
+            child->addRef();
+            t_dueReleases->push_back(child);
+        }
+        m_children.clear();
+        return;
+    }
+    t_releasing = true;
+    for (VXLWPtr<Node>& child : m_children) {
+        child = nullptr;
+        while (t_dueReleases && !t_dueReleases->empty()) {
+            Node* due = t_dueReleases->back();
+            t_dueReleases->pop_back();
+            due->release();
+        }
+    }
+    delete t_dueReleases;
+    t_dueReleases = nullptr;
+    t_releasing = false;
 }
 
 uint64_t FunctionNode::PENDING_UPDATES_IN_GRAPH() {
     return s_pendingUpdatesInGraph;
+}
+
+void FunctionNode::setDirty(bool dirty) {
+    if (m_dirty == dirty) return;
+    m_dirty = dirty;
+    for (const VXLWPtr<Node>& child : m_children) {
+        if (dirty)
+            --child->m_cleanParents;
+        else
+            ++child->m_cleanParents;
+    }
 }
 
 void FunctionNode::addInterest() {
@@ -96,19 +192,38 @@ void FunctionNode::addInterest() {
 }
 
 String FunctionNode::getNormalizedExpression() const {
+    struct Frame {
+        const FunctionNode* node;
+        size_t next;
+    };
+    WalkStack<Frame> stack;
+    stack.push({this, 0});
     String text = m_functionName;
     text += '(';
-    for (size_t i = 0; i < m_children.size(); ++i) {
-        if (i) text += ',';
-        text += m_children[i]->getNormalizedExpression();
+    while (!stack.empty()) {
+        Frame& f = stack.top();
+        if (f.next == f.node->m_children.size()) {
+            text += ')';
+            stack.pop();
+            continue;
+        }
+        if (f.next) text += ',';
+        const Node* child = f.node->m_children[f.next++].get();
+        if (child->m_kind == KIND_FUNCTION) {
+            const auto* fc = static_cast<const FunctionNode*>(child);
+            text += fc->m_functionName;
+            text += '(';
+            stack.push({fc, 0});
+        } else {
+            text += child->getNormalizedExpression();
+        }
     }
-    text += ')';
     return text;
 }
 
 bool FunctionNode::triggerEvent(const Event& e) {
     SYSEVENT_LOG(3, "[%s]   clear dirty flag", getLogName().c_str());
-    m_dirty = false;
+    setDirty(false);
     return Node::triggerEvent(e);
 }
 
@@ -132,8 +247,30 @@ bool FunctionNode::isDescendant(Node* n) const {
 
 void FunctionNode::requestUpdate() {
     if (!m_dirty) return;
-    m_dirty = false;
-    recompute(false);
+    setDirty(false);
+    bringUpToDate();
+}
+
+void FunctionNode::bringUpToDate() {
+    // Each dirty child is cleared and brought up to date when the walk
+    // reaches it, exactly where recompute's read of it would have done so.
+    WalkStack<ReadFrame> stack;
+    stack.push({this, 0});
+    while (!stack.empty()) {
+        ReadFrame& f = stack.top();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_children.size()) {
+            Node* child = n->m_children[f.next++].get();
+            if (child->m_dirty) {
+                auto* fc = static_cast<FunctionNode*>(child);
+                fc->setDirty(false);
+                stack.push({fc, 0});
+            }
+            continue;
+        }
+        stack.pop();
+        n->recompute(false);
+    }
 }
 
 XCode FunctionNode::addArgument(Node* child) {
@@ -164,9 +301,9 @@ bool FunctionNode::wouldCloseCycle(Node* child) const {
 XCode FunctionNode::addChild(Node* child) {
     if (!child) return XCode(XCode::GENERIC_FAILURE);
     if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    setDirty(true);
     m_children.emplace_back(child);
     child->addParent(this);
-    m_dirty = true;
     return XCode();
 }
 
@@ -174,6 +311,7 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     if (index >= m_children.size() || !child) return XCode(XCode::GENERIC_FAILURE);
     oldChild = m_children[index];
     if (wouldCloseCycle(child)) return XCode(XCode::GENERIC_FAILURE, "CIRCULAR REFERENCE");
+    setDirty(true);
     oldChild->removeParent(this);
     m_children[index] = child;
     // removeParent dropped every link to this node; the old child keeps one
@@ -182,7 +320,6 @@ XCode FunctionNode::swapChild(unsigned index, Node* child, VXLWPtr<Node>& oldChi
     for (size_t i = 0; i < m_children.size(); ++i)
         if (i != index && m_children[i] == oldChild) oldChild->addParent(this);
     child->addParent(this);
-    m_dirty = true;
     return XCode();
 }
 
@@ -195,8 +332,12 @@ bool FunctionNode::handlesTimeManually() const {
 }
 
 bool FunctionNode::shallBeUpdated() {
+    return ASK(this);
+}
+
+FunctionNode::AskStep FunctionNode::beginAsk() {
     SYSEVENT_LOG(3, "[%s] Shall be updated?", getLogName().c_str());
-    if (m_dirty) return false;
+    if (m_dirty) return ANSWER_NO;
     SYSEVENT_LOG(3, "[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
@@ -205,25 +346,20 @@ bool FunctionNode::shallBeUpdated() {
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
         SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
-        return true;
+        return ANSWER_YES;
     }
 
-    bool interested = m_interestCount > 0;
+    const bool interested = m_interestCount > 0;
     if (interested)
         SYSEVENT_LOG(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
                      m_interestCount);
-    // Every parent is asked, so that each one counts its pending update or is
-    // marked dirty; those that say yes expect an update from us.
     m_updatingParents.clear();
-    for (FunctionNode* p : m_parents) {
-        if (p->shallBeUpdated()) {
-            m_updatingParents.push_back(p);
-            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested", getLogName().c_str());
-            interested = true;
-        }
-    }
+    return interested ? ASK_PARENTS_INTERESTED : ASK_PARENTS;
+}
+
+bool FunctionNode::finishAsk(bool interested) {
     if (!interested) {
-        m_dirty = true;
+        setDirty(true);
         SYSEVENT_LOG(3, "[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
@@ -233,7 +369,59 @@ bool FunctionNode::shallBeUpdated() {
     return true;
 }
 
+bool FunctionNode::ASK(FunctionNode* start) {
+    const bool traced = LOG_ADMITS(3);
+    const AskStep first = start->beginAsk();
+    if (first == ANSWER_NO || first == ANSWER_YES) return first == ANSWER_YES;
+
+    // Every parent is asked, so that each one counts its pending update or
+    // is marked dirty; those that say yes expect an update from the node
+    // that asked. Untraced, a dirty parent (whose answer is no, with no
+    // effect) is passed by, and a node without clean parents asks none.
+    WalkStack<AskFrame> stack;
+    auto push = [&](FunctionNode* n, AskStep step) {
+        const size_t next = !traced && n->m_cleanParents == 0 ? n->m_parents.size() : 0;
+        stack.push({n, next, step == ASK_PARENTS_INTERESTED});
+    };
+    push(start, first);
+    bool answer = false;
+    while (!stack.empty()) {
+        AskFrame& f = stack.top();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_parents.size()) {
+            FunctionNode* p = n->m_parents[f.next++];
+            if (!traced && p->m_dirty) continue;
+            const AskStep step = p->beginAsk();
+            if (step == ANSWER_YES) {
+                n->m_updatingParents.push_back(p);
+                SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
+                             n->getLogName().c_str());
+                f.interested = true;
+            } else if (step != ANSWER_NO) {
+                push(p, step);
+            }
+            continue;
+        }
+        const bool yes = n->finishAsk(f.interested);
+        stack.pop();
+        if (stack.empty()) {
+            answer = yes;
+        } else if (yes) {
+            AskFrame& below = stack.top();
+            below.node->m_updatingParents.push_back(n);
+            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
+                         below.node->getLogName().c_str());
+            below.interested = true;
+        }
+    }
+    return answer;
+}
+
 void FunctionNode::update(bool changed) {
+    DELIVER(this, changed);
+}
+
+bool FunctionNode::receiveUpdate(bool changed, bool& result) {
     SYSEVENT_LOG(3, "[%s] update, child value %s changed", getLogName().c_str(),
                  changed ? "has" : "has not");
     --m_pendingUpdates;
@@ -242,10 +430,9 @@ void FunctionNode::update(bool changed) {
     if (m_pendingUpdates > 0) {
         SYSEVENT_LOG(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
                      m_pendingUpdates);
-        return;
+        return false;
     }
-
-    bool result = false;
+    result = false;
     if (m_changedUpdates > 0) {
         SYSEVENT_LOG(3, "[%s]   recomputation required (%u updates with value changes)",
                      getLogName().c_str(), m_changedUpdates);
@@ -255,11 +442,31 @@ void FunctionNode::update(bool changed) {
         SYSEVENT_LOG(3, "[%s]   no recomputation required (no update with value change)",
                      getLogName().c_str());
     }
-    // Nothing edits this list before it is cleared: the parents' updates run
-    // after the first phase is over, and no propagation can start while
-    // this one runs.
-    for (size_t i = 0; i < m_updatingParents.size(); ++i) m_updatingParents[i]->update(result);
-    m_updatingParents.clear();
+    return true;
+}
+
+void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
+    // Each node passes its outcome to the parents that answered yes to it,
+    // in list order, each parent's own delivery finishing before the next
+    // parent hears. Nothing edits those lists before they are cleared: the
+    // updates run after the first phase is over, and no propagation can
+    // start while this one runs.
+    bool result = false;
+    if (!start->receiveUpdate(changed, result)) return;
+    WalkStack<DeliverFrame> stack;
+    stack.push({start, 0, result});
+    while (!stack.empty()) {
+        DeliverFrame& f = stack.top();
+        FunctionNode* n = f.node;
+        if (f.next < n->m_updatingParents.size()) {
+            FunctionNode* p = n->m_updatingParents[f.next++];
+            const bool changedBelow = f.result;
+            if (p->receiveUpdate(changedBelow, result)) stack.push({p, 0, result});
+            continue;
+        }
+        n->m_updatingParents.clear();
+        stack.pop();
+    }
 }
 
 bool FunctionNode::recompute(bool force) {

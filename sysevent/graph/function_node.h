@@ -141,16 +141,36 @@ protected:
     // argument order.
     ~FunctionNode() override;
 
+    // Sets the dirty flag and keeps the children's counts of clean parents
+    // in step with it.
+    void setDirty(bool dirty);
+
     String m_functionName;
     String m_parameterText;
     VXVector<VXLWPtr<Node>> m_children;
-    bool m_dirty = true;
     // Set when the running compute read an argument that is not there.
     mutable bool m_argumentMissing = false;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 
 private:
+    // The walks over the graph's depth run on explicit stacks (a chain of
+    // any length fits any thread's stack); each node's part of a walk is one
+    // of the steps below.
+    enum AskStep { ANSWER_NO, ANSWER_YES, ASK_PARENTS, ASK_PARENTS_INTERESTED };
+    // First phase, from this node upwards.
+    static bool ASK(FunctionNode* start);
+    AskStep beginAsk();
+    bool finishAsk(bool interested);
+    // Second phase, from this node upwards.
+    static void DELIVER(FunctionNode* start, bool changed);
+    // True when this was the last pending update; `result` then tells the
+    // parents whether this node's value changed.
+    bool receiveUpdate(bool changed, bool& result);
+    // Lazy evaluation: recomputes the dirty nodes below this one, children
+    // before parents, in the order a recursive read would reach them.
+    void bringUpToDate();
+
     // compute(), with a failure, or a read past the argument list, turned
     // into an error value.
     void computeInto(Event& result);

@@ -10,6 +10,7 @@
 #include "host/runtime/crit.h"
 #include "host/runtime/log.h"
 #include "host/runtime/time.h"
+#include "sysevent/graph/expression_repository.h"
 #include "sysevent/graph/function_node.h"
 
 namespace VX::SysEvent {
@@ -21,7 +22,11 @@ Node::Node(const String& name) : VX::RefCounted(&LOCK()), m_name(name) {}
 Node::Node(const String& name, const Value& value)
     : VX::RefCounted(&LOCK()), m_name(name), m_lastEvent(value) {}
 
-Node::~Node() = default;
+Node::~Node() {
+    // Function nodes leave their tables in ~FunctionNode, while their
+    // children still give them their key.
+    if (m_listings & LISTED_AS_EXPRESSION) ExpressionRepository::INSTANCE().unlist(this, m_name);
+}
 
 void Node::addObserver(NodeObserver* o) {
     m_observers.push_back(o);
@@ -71,14 +76,21 @@ bool Node::triggerEvent(const Event& e) {
         return true;
     }
     s_updateInProgress = true;
-    // The parent list may change under us only through graph edits, which
-    // nobody makes during a propagation; copying the collected parents keeps
-    // the second phase independent of it anyway.
-    VXVector<FunctionNode*> updating;
-    updating.reserve(m_parents.size());
-    for (FunctionNode* p : m_parents)
-        if (p->shallBeUpdated()) updating.push_back(p);
-    for (FunctionNode* p : updating) p->update(true);
+    // Parents that are dirty answer no and stay as they are; unless the
+    // questions are traced they are not asked at all, so a change costs
+    // nothing for dependents that nobody reads. The collected list is
+    // bounded by the clean links.
+    const bool traced = LOG_ADMITS(3);
+    if (traced || m_cleanParents > 0) {
+        VXVector<FunctionNode*> updating;
+        updating.reserve(m_cleanParents);
+        for (size_t i = 0; i < m_parents.size(); ++i) {
+            FunctionNode* p = m_parents[i];
+            if (!traced && p->m_dirty) continue;
+            if (p->shallBeUpdated()) updating.push_back(p);
+        }
+        for (FunctionNode* p : updating) p->update(true);
+    }
     s_updateInProgress = false;
     assert(FunctionNode::PENDING_UPDATES_IN_GRAPH() == 0 &&
            "every update counted in the first phase is delivered in the second");
@@ -92,11 +104,16 @@ bool Node::isDescendant(Node*) const {
 void Node::requestUpdate() {}
 
 bool Node::storeEvent(const Event& e) {
+    if (e.value == m_lastEvent.value) return false;
+    if (m_observers.empty() && !LOG_ADMITS(3)) {
+        // Nobody to tell: no copies of the two values are needed.
+        m_lastEvent = e;
+        return true;
+    }
     // Copies: an observer may read or replace this node's event, and `e` may
     // be this node's own event.
     Value newValue = e.value;
-    Value oldValue = m_lastEvent.value;
-    if (newValue == oldValue) return false;
+    Value oldValue = std::move(m_lastEvent.value);
     SYSEVENT_LOG(3, "[%s] Update: %s -> %s (during %s on %s)", getLogName().c_str(),
                  oldValue.toString().c_str(), newValue.toString().c_str(),
                  Value(e.end - e.start, DST_REL_TIME).toString().c_str(),
@@ -120,10 +137,13 @@ bool Node::storeEvent(const Event& e) {
 
 void Node::addParent(FunctionNode* p) {
     m_parents.push_back(p);
+    if (!p->m_dirty) ++m_cleanParents;
 }
 
 void Node::removeParent(FunctionNode* p) {
-    m_parents.erase(std::remove(m_parents.begin(), m_parents.end(), p), m_parents.end());
+    const auto from = std::remove(m_parents.begin(), m_parents.end(), p);
+    if (!p->m_dirty) m_cleanParents -= static_cast<uint32_t>(m_parents.end() - from);
+    m_parents.erase(from, m_parents.end());
 }
 
 }  // namespace VX::SysEvent

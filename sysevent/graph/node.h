@@ -23,6 +23,8 @@
 namespace VX::SysEvent {
 
 class FunctionNode;
+class ExpressionRepository;
+class ProxyRepository;
 
 // Told of every change of a node's value, synchronously, from inside
 // storeEvent and with the engine lock held. Not owned by the node: whoever
@@ -89,6 +91,9 @@ public:
     void addParent(FunctionNode* p);
     // Removes every link to `p`.
     void removeParent(FunctionNode* p);
+    // How many parent links lead to a parent that is not dirty. A change of
+    // this node has nothing to ask when it is zero.
+    uint32_t getCleanParentCount() const { return m_cleanParents; }
     const VXVector<FunctionNode*>& getParents() const { return m_parents; }
     const VXVector<NodeObserver*>& getObservers() const { return m_observers; }
     uint32_t getInterestCount() const { return m_interestCount; }
@@ -97,11 +102,27 @@ public:
     static bool s_updateInProgress;
 
 protected:
+    friend class FunctionNode;
+    friend class ExpressionRepository;
+    friend class ProxyRepository;
+
+    // What the graph's walks need to know of a node without a virtual call.
+    enum Kind : uint8_t { KIND_PLAIN, KIND_FUNCTION, KIND_PROXY };
+    // The sharing tables that list this node; each drops its entry when the
+    // node dies, so an entry lives exactly as long as somebody holds the node.
+    enum Listing : uint8_t { LISTED_AS_EXPRESSION = 1, LISTED_AS_PROXY = 2 };
+
     ~Node() override;
 
     String m_name;
     VXVector<NodeObserver*> m_observers;  // not owned
     uint32_t m_interestCount = 0;
+    uint32_t m_cleanParents = 0;  // parent links whose parent is not dirty
+    Kind m_kind = KIND_PLAIN;
+    // Only function nodes are ever dirty; kept here so that a walk can test a
+    // child or parent without knowing its class.
+    bool m_dirty = false;
+    uint8_t m_listings = 0;             // Listing bits
     VXVector<FunctionNode*> m_parents;  // not owned; each parent owns us
     Event m_lastEvent;
 };

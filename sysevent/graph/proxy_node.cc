@@ -5,6 +5,7 @@
 namespace VX::SysEvent {
 
 ProxyNode::ProxyNode(const String& name, Node* target) : FunctionNode(name, String()) {
+    m_kind = KIND_PROXY;
     addArgument(target);
 }
 

@@ -1,15 +1,16 @@
-// ProxyRepository: one proxy node per name, made on first reference and kept
-// for the life of the process.
+// ProxyRepository: one proxy node per name, made on first reference and
+// listed while somebody holds it.
 #include "sysevent/graph/proxy_repository.h"
 
 namespace VX::SysEvent {
 
 VXLWPtr<ProxyNode> ProxyRepository::getOrCreate(const String& name) {
     auto it = m_proxies.find(name);
-    if (it != m_proxies.end()) return it->second;
+    if (it != m_proxies.end()) return VXLWPtr<ProxyNode>(it->second);
     const VXLWPtr<Node> placeholder = ProxyNode::MAKE_PLACEHOLDER(name);
     VXLWPtr<ProxyNode> proxy(new ProxyNode(name, placeholder.get()));
-    m_proxies.emplace(name, proxy);
+    m_proxies.emplace(name, proxy.get());
+    proxy->m_listings |= Node::LISTED_AS_PROXY;
     return proxy;
 }
 
@@ -23,7 +24,12 @@ VXLWPtr<ProxyNode> ProxyRepository::getOrCreate(const String& name, VXLWPtr<Node
 
 VXLWPtr<ProxyNode> ProxyRepository::get(const String& name) const {
     auto it = m_proxies.find(name);
-    return it == m_proxies.end() ? VXLWPtr<ProxyNode>() : it->second;
+    return it == m_proxies.end() ? VXLWPtr<ProxyNode>() : VXLWPtr<ProxyNode>(it->second);
+}
+
+void ProxyRepository::unlist(Node* proxy, const String& name) {
+    if (auto it = m_proxies.find(name); it != m_proxies.end() && it->second == proxy)
+        m_proxies.erase(it);
 }
 
 void ProxyRepository::getNames(VXVector<String>& names) const {

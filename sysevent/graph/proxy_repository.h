@@ -1,7 +1,9 @@
 // ProxyRepository: the process-wide table of name -> ProxyNode. Every
-// reference to a name is the one proxy kept here; entries are never removed,
-// so a name outlives the objects bound to it and can be bound again without
-// re-parsing the expressions that use it.
+// reference to a name is the one proxy listed here. The table does not hold
+// the proxies: a proxy lives while an expression uses it or a published
+// object or caller holds it, so a name outlives the objects bound to it and
+// can be bound again without re-parsing the expressions that use it, while
+// the proxy of a destroyed name that nobody uses goes.
 //
 // Made on first use by VXSingleton<ProxyRepository>::INSTANCE() under
 // FAST_MUTEX and never destroyed. The table itself is unlocked: every caller
@@ -32,8 +34,13 @@ public:
     // Replaces the contents of `names` with every name that has a proxy.
     void getNames(VXVector<String>& names) const;
 
+    // Called by a dying proxy: drops its entry.
+    void unlist(Node* proxy, const String& name);
+    // How many names have a proxy.
+    size_t size() const { return m_proxies.size(); }
+
 private:
-    VXStringHashTable<VXLWPtr<ProxyNode>> m_proxies;
+    VXStringHashTable<ProxyNode*> m_proxies;  // not owned
 };
 
 }  // namespace VX::SysEvent

@@ -36,6 +36,13 @@ XCode failure(const char* fmt, int number) {
     return rc;
 }
 
+// The characters a date or time-of-day scan can read, and how many of them
+// it is shown at most.
+constexpr size_t kScanWindow = 64;
+bool isScanned(char c) {
+    return isDigit(c) || isSpace(c) || c == '+' || c == '-' || c == ':';
+}
+
 // The largest whole-second count a duration may hold: one less than the
 // largest count a time accepts, as for every other time conversion.
 constexpr unsigned long long kMaxSeconds = 4294967294ULL;
@@ -45,6 +52,7 @@ struct Keyword {
     TokenType type;
 };
 
+constexpr size_t kLongestKeyword = 6;
 const Keyword kKeywords[] = {
     {"false", TT_BOOL}, {"true", TT_BOOL}, {"inf", TT_NUMBER}, {"within", TT_WITHIN},
     {"not", TT_NOT},    {"or", TT_OR},     {"xor", TT_XOR},    {"and", TT_AND},
@@ -53,36 +61,74 @@ const Keyword kKeywords[] = {
 }  // namespace
 
 void Lexer::append(TokenType type, Value value, size_t position) {
-    m_tokens.emplace_back(type, std::move(value), static_cast<int>(position));
+    switch (m_mode) {
+        case Mode::Whole:
+            m_tokens.emplace_back(type, std::move(value), static_cast<int>(position));
+            break;
+        case Mode::OnDemand:
+            m_queue.emplace_back(type, std::move(value), static_cast<int>(position));
+            break;
+        case Mode::Check:
+            break;
+    }
+}
+
+XCode Lexer::readToken(size_t& pos) {
+    const size_t length = m_text.length();
+    while (pos < length && isSpace(m_text[pos])) ++pos;
+    if (pos >= length) {
+        append(TT_END, Value(), pos);
+        return XCode();
+    }
+    const char c = m_text[pos];
+    if (isAlpha(c) || c == '_' || c == '{') return readName(pos);
+    if (isDigit(c)) return readNumber(pos);
+    if (c == '"' || c == '\'') return readString(pos);
+    if (readSymbol(pos).isSuccess()) return XCode();
+    XCode rc(XCode::GENERIC_FAILURE);
+    rc.setStringF("%d: Unexpected character '%c'", static_cast<int>(pos) + 1, c);
+    return rc;
 }
 
 XCode Lexer::analyze(const String& text) {
     m_text = text;
+    m_mode = Mode::Whole;
     m_tokens.clear();
     m_queue.clear();
-    const size_t length = m_text.length();
     size_t pos = 0;
-    while (pos < length) {
-        const char c = m_text[pos];
-        XCode rc;
-        if (isSpace(c)) {
-            ++pos;
-            continue;
-        } else if (isAlpha(c) || c == '_' || c == '{') {
-            rc = readName(pos);
-        } else if (isDigit(c)) {
-            rc = readNumber(pos);
-        } else if (c == '"' || c == '\'') {
-            rc = readString(pos);
-        } else if (readSymbol(pos).isErr()) {
-            rc = XCode(XCode::GENERIC_FAILURE);
-            rc.setStringF("%d: Unexpected character '%c'", static_cast<int>(pos) + 1, c);
+    do {
+        if (XCode rc = readToken(pos); rc.isErr()) {
+            m_tokens.clear();
+            return rc;
         }
-        if (rc.isErr()) return rc;
-    }
-    append(TT_END, Value(), pos);
+    } while (m_tokens.back().type != TT_END);
     m_queue.assign(m_tokens.rbegin(), m_tokens.rend());
     return XCode();
+}
+
+XCode Lexer::start(const String& text) {
+    m_text = text;
+    m_tokens.clear();
+    m_queue.clear();
+    // One pass that keeps nothing finds the first error; reading for the
+    // reader then cannot fail.
+    m_mode = Mode::Check;
+    m_position = 0;
+    do {
+        if (XCode rc = readToken(m_position); rc.isErr()) return rc;
+    } while (m_position < m_text.length());
+    m_mode = Mode::OnDemand;
+    m_position = 0;
+    m_finished = false;
+    refill();
+    return XCode();
+}
+
+void Lexer::refill() {
+    // The queue holds the one token ahead; the next is read only when that
+    // one is taken.
+    if (m_mode != Mode::OnDemand || m_finished || !m_queue.empty()) return;
+    if (readToken(m_position).isErr() || m_queue.back().type == TT_END) m_finished = true;
 }
 
 XCode Lexer::readName(size_t& pos) {
@@ -108,17 +154,22 @@ XCode Lexer::readName(size_t& pos) {
         return failure("%d: Unterminated regular expression; expecting '}'",
                        static_cast<int>(length));
     }
-    String name = m_text.substring(start, pos - start);
-    for (const Keyword& k : kKeywords) {
-        if (name == k.text) {
+    if (m_mode == Mode::Check) return XCode();
+    const char* text = m_text.c_str() + start;
+    const size_t width = pos - start;
+    if (width <= kLongestKeyword) {
+        for (const Keyword& k : kKeywords) {
+            if (std::strncmp(text, k.text, width) != 0 || k.text[width] != '\0') continue;
             Value v;
-            if (k.type == TT_BOOL) v = Value(name == "true");
+            if (k.type == TT_BOOL) v = Value(text[0] == 't');
             if (k.type == TT_NUMBER) v = Value(std::numeric_limits<double>::infinity());
             append(k.type, std::move(v), start);
             return XCode();
         }
     }
-    append(TT_NAME, Value(name), start);
+    Value name(DST_STRING);
+    name.data.string = m_text.substring(start, width);
+    append(TT_NAME, std::move(name), start);
     return XCode();
 }
 
@@ -135,10 +186,23 @@ XCode Lexer::readNumber(size_t& pos) {
         return XCode();
     }
 
+    // sscanf measures its whole input before it reads: on the rest of a long
+    // text every number would cost the length of that rest. The scans below
+    // read only digits, blanks, signs, '-' and ':', so they get a copy of the
+    // run of those characters here, at most kScanWindow long (a date or a
+    // time of day is far shorter).
+    char window[kScanWindow + 1];
+    size_t windowLength = 0;
+    while (windowLength < kScanWindow && isScanned(rest[windowLength])) {
+        window[windowLength] = rest[windowLength];
+        ++windowLength;
+    }
+    window[windowLength] = '\0';
+
     unsigned a = 0, b = 0, c = 0;
     int count = 0;
     // A date: year-month-day.
-    if (sscanf(rest, "%u-%u-%u%n", &a, &b, &c, &count) == 3 && a >= 1970 && b >= 1 && b <= 12 &&
+    if (sscanf(window, "%u-%u-%u%n", &a, &b, &c, &count) == 3 && a >= 1970 && b >= 1 && b <= 12 &&
         c >= 1 && c <= 31) {
         String iso = String::Formatted("%u-%u-%uT00:00:00", a, b, c);
         if (clock.set(iso, 0).isErr()) {
@@ -154,7 +218,7 @@ XCode Lexer::readNumber(size_t& pos) {
 
     // A time of day: hour:minute:second.
     count = 0;
-    if (sscanf(rest, "%2u:%2u:%2u%n", &a, &b, &c, &count) == 3 && a <= 23 && b <= 59 && c <= 59) {
+    if (sscanf(window, "%2u:%2u:%2u%n", &a, &b, &c, &count) == 3 && a <= 23 && b <= 59 && c <= 59) {
         String iso = String::Formatted("1970-01-01T%u:%u:%u", a, b, c);
         clock.set(iso, 0);
         pos += static_cast<size_t>(count);
@@ -369,6 +433,7 @@ XCode Lexer::readSymbol(size_t& pos) {
 bool Lexer::popIf(TokenType t) {
     if (!peekIf(t)) return false;
     m_queue.pop_back();
+    refill();
     return true;
 }
 
@@ -376,6 +441,7 @@ bool Lexer::pop(TokenType t) {
     if (m_queue.empty()) return false;
     const bool matches = m_queue.back().type == t;
     m_queue.pop_back();
+    refill();
     return matches;
 }
 
@@ -389,6 +455,7 @@ bool Lexer::pop(Token& out) {
     if (m_queue.empty()) return false;
     out = std::move(m_queue.back());
     m_queue.pop_back();
+    refill();
     return true;
 }
 

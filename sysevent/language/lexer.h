@@ -3,7 +3,10 @@
 // turns name patterns into regular expressions (NAME_TO_REGEX).
 //
 // A Lexer lives on the stack of one parse or conversion and belongs to one
-// thread. Each analyze() starts afresh.
+// thread. Each analyze() or start() starts afresh. analyze() keeps every
+// token of the text; start() checks the text and then reads it on demand,
+// one token ahead of the reader, so that a parser refusing a huge text early
+// never stores or handles the tokens after the point of refusal.
 #pragma once
 
 #include "host/runtime/containers.h"
@@ -24,6 +27,12 @@ public:
     // "<number>: <what>" and leaves the queue empty; nothing after the first
     // error is read.
     XCode analyze(const String& text);
+    // Checks the whole text as analyze() does, keeping no token, and returns
+    // the same error. On success the queue is read on demand: it holds the
+    // next token only, and taking it reads the one after; tokens() stays
+    // empty. So a reader that stops early never pays for the tokens it did
+    // not take.
+    XCode start(const String& text);
 
     const String& text() const { return m_text; }
     const VXVector<Token>& tokens() const { return m_tokens; }
@@ -51,6 +60,9 @@ public:
     static String NAME_TO_REGEX(const String& pattern, bool prefixOnly);
 
 private:
+    // Reads the token at pos (after white space), or TT_END at the end.
+    XCode readToken(size_t& pos);
+    void refill();
     XCode readName(size_t& pos);
     XCode readNumber(size_t& pos);
     XCode readDuration(size_t& pos);
@@ -62,6 +74,12 @@ private:
     VXVector<Token> m_tokens;
     // The tokens in reverse order: reading removes from the end.
     VXVector<Token> m_queue;
+    // Whole: analyze() fills the vectors; OnDemand: the queue holds the
+    // token ahead of the reader; Check: tokens are read and dropped.
+    enum class Mode { Whole, OnDemand, Check };
+    Mode m_mode = Mode::Whole;
+    size_t m_position = 0;  // where the next on-demand token starts
+    bool m_finished = false;
 };
 
 }  // namespace VX::SysEvent

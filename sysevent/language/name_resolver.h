@@ -1,9 +1,9 @@
 // NameResolver: how the parser finds the nodes of published objects by name
-// or name pattern. The Repository implements it over the driver repository
-// and installs itself as the process default; the parser never invents
-// published objects of its own. Names no resolver knows become undefined
-// references (ProxyRepository::getOrCreate), which bind once an object of
-// that name is created.
+// or name pattern. The Repository implements it over the driver repository;
+// whoever parses passes the resolver to use (and learns from it what the
+// parse looked up). The parser never invents published objects of its own. Names no resolver knows
+// become undefined references (ProxyRepository::getOrCreate), which bind once an object of that
+// name is created.
 #pragma once
 
 #include "host/runtime/containers.h"
@@ -29,12 +29,6 @@ public:
     static bool IS_PATTERN(const String& name) {
         return name.indexOf('%') >= 0 || name.indexOf('{') >= 0;
     }
-
-    // The resolver that parsers use unless they are given one; null until the
-    // Repository installs itself (then every name is an undefined reference).
-    // The resolver must outlive every parse that may use it.
-    static NameResolver* GET_DEFAULT();
-    static void SET_DEFAULT(NameResolver* resolver);
 };
 
 }  // namespace VX::SysEvent

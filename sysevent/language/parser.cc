@@ -57,9 +57,7 @@ private:
 
 }  // namespace
 
-Parser::Parser() = default;
-
-Parser::Parser(NameResolver* resolver) : m_resolver(resolver), m_useDefaultResolver(false) {}
+Parser::Parser(NameResolver* resolver) : m_resolver(resolver) {}
 
 Parser::~Parser() = default;
 
@@ -72,8 +70,7 @@ XCode Parser::parse(const String& context, const String& text) {
     VXAutoLock lock(LOCK());
     m_roots.clear();
     m_nesting = 0;
-    if (m_useDefaultResolver) m_resolver = NameResolver::GET_DEFAULT();
-    if (XCode rc = m_lexer.analyze(text); rc.isErr()) return rc;
+    if (XCode rc = m_lexer.start(text); rc.isErr()) return rc;
     m_context = context;
     Operands result;
     if (XCode rc = parseExpression(result, 0); rc.isErr()) return rc;
@@ -227,7 +224,7 @@ XCode Parser::parseIdentifier(Operands& nodes) {
         // An undefined reference under the plain name: it binds once an
         // object of that name is created.
         nodes.nodes.clear();
-        nodes.nodes.push_back(ProxyRepository::INSTANCE().getOrCreate(name));
+        nodes.nodes.push_back(ProxyRepository::INSTANCE()->getOrCreate(name));
     }
     nodes.depth = 0;
     return XCode();
@@ -237,7 +234,7 @@ XCode Parser::parseConstant(Operands& nodes) {
     Token token;
     m_lexer.pop(token);
     const String key = LITERAL_KEY(token.value);
-    ExpressionRepository& repository = ExpressionRepository::INSTANCE();
+    ExpressionRepository& repository = *ExpressionRepository::INSTANCE();
     VXLWPtr<Node> node = repository.get(key);
     if (!node) {
         node = new Node(key, token.value);

@@ -10,17 +10,19 @@
 // it stands, all the nodes it matches take its place as separate arguments
 // (COUNTIF(line%.up)).
 //
-// Limits. The parser recurses, so it bounds how many levels may be open at
-// once: MAX_NESTING, where a parenthesis or a call opens two (its operand and
-// the expression inside), a unary operator one, and a binary operator one
-// while its right operand is read (while c is read in a + b * c, four are
-// open: the whole expression, two right operands and c). That is 255 nested
-// parentheses or calls, or 510 unary operators, and bounds the stack a parse
-// needs to about 200 KB (optimised build). The tree built may be at most
-// MAX_DEPTH function applications deep (a+b+c is two deep), which bounds the
-// recursion of the graph over it. Beyond either limit the parse fails with
-// "<column>: Expression nested too deeply", so input of any shape and length
-// is answered.
+// Limits. The parser recurses only where the text nests: a parenthesis or
+// a call opens two levels (its operand and the expression inside), a unary
+// operator one, and a binary operator one while its right operand is read
+// (while c is read in a + b * c, four are open: the whole expression, two
+// right operands and c). A flat chain a + b + c + ... reads each operand at
+// the same level, however long it is. MAX_NESTING bounds the open levels:
+// 255 nested parentheses or calls, or 510 unary operators, so a parse needs
+// at most about 200 KB of stack (optimised build). Separately, the tree
+// built may be at most MAX_DEPTH function applications deep (a+b+c is two
+// deep): its sharing key, the normalized text, grows with the depth, so a
+// flat chain, as deep as it is long, costs keys of quadratic total length. Beyond either limit the
+// parse fails with "<column>: Expression nested too deeply". Tokens are read as the parse needs
+// them, so a text refused early is not read further: input of any shape and length is answered.
 //
 // A Parser lives for one parse and belongs to one thread. parse() takes the
 // engine lock (re-entrant: callers usually hold it already).
@@ -40,11 +42,10 @@ namespace VX::SysEvent {
 class Parser {
 public:
     static constexpr unsigned MAX_NESTING = 512;
-    static constexpr unsigned MAX_DEPTH = 512;
+    static constexpr unsigned MAX_DEPTH = 6000;
 
-    // Resolves names through NameResolver::GET_DEFAULT(), read at each parse.
-    Parser();
-    // Resolves names through `resolver` (may be null: no published names).
+    // Resolves names through `resolver` (may be null: no published names,
+    // every name is an undefined reference). It must outlive the parse.
     explicit Parser(NameResolver* resolver);
     ~Parser();
     Parser(const Parser&) = delete;
@@ -99,7 +100,6 @@ private:
     String m_context;
     VXVector<VXLWPtr<Node>> m_roots;
     NameResolver* m_resolver = nullptr;
-    bool m_useDefaultResolver = true;
     unsigned m_nesting = 0;  // parseExpression and parseAtom calls open now
 };
 

@@ -17,7 +17,7 @@ CConstant::CConstant(const String& name, const String& description, const Value&
       m_name(name) {
     VXAutoLock held(LOCK());
     m_target = new Node(name, value);
-    VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE().getOrCreate(name);
+    VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE()->getOrCreate(name);
     if (ownsName()) {
         // A refused binding cannot happen: a fresh value node depends on
         // nothing. The proxy propagates the value to the expressions at once.
@@ -33,7 +33,7 @@ CConstant::CConstant(const String& name, const String& description)
       m_description(description),
       m_name(name) {
     VXAutoLock held(LOCK());
-    attach(ProxyRepository::INSTANCE().getOrCreate(name).get());
+    attach(ProxyRepository::INSTANCE()->getOrCreate(name).get());
 }
 
 CConstant::~CConstant() = default;
@@ -46,6 +46,22 @@ bool CConstant::ownsName() const {
     const bool mine = other == static_cast<const IUnknown*>(this);
     other->release();
     return mine;
+}
+
+XCode CConstant::bindName(Node* node) {
+    if (!ownsName()) {
+        m_target = node;
+        m_bindingDeferred = true;
+        return XCode();
+    }
+    // A name still bound to the same node needs no re-binding: the node
+    // cannot have closed a cycle through it.
+    if (m_proxy->getTarget() != node) {
+        if (XCode rc = m_proxy->setNode(node); rc.isErr()) return rc;
+    }
+    m_target = node;
+    m_bindingDeferred = false;
+    return XCode();
 }
 
 void CConstant::setDriverRepository(IDriverRepository* repository) {

@@ -74,6 +74,10 @@ protected:
     // True when this object may bind the name's proxy node: it is published,
     // or no other object is published under its name.
     bool ownsName() const;
+    // Makes `node` what the name is bound to (m_target): at once while this
+    // object owns the name, else when it is published. Fails with the proxy
+    // node's refusal ("CIRCULAR REFERENCE"), keeping the old binding.
+    XCode bindName(Node* node);
     // Adds the rows of a named value: (prefix + kind, name) at depth, and
     // the given (key, value) pairs at depth + 1.
     void addInfoRows(InfoContainer& info, unsigned depthLimit, unsigned depth, unsigned columnLimit,

@@ -8,6 +8,7 @@
 #include "host/runtime/lock.h"
 #include "host/runtime/log.h"
 #include "sysevent/language/parser.h"
+#include "sysevent/repository/name_lookup.h"
 
 namespace VX::SysEvent {
 
@@ -62,32 +63,24 @@ String CExpression::getType() const {
 }
 
 XCode CExpression::bind(const String& text) {
-    if (!ownsName()) {
-        return XCode::Failure(String::Formatted("VARIABLE ALREADY EXISTS: %s", name().c_str()));
-    }
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     VXLWPtr<Node> root;
     ReevaluationIndex::Recording recording;
     const bool reparse = text != m_text || isStale() || !m_target;
     if (reparse) {
-        Parser parser;
-        ReevaluationIndex::Recording* outer = index.startRecording(&recording);
+        RepositoryNameResolver names;
+        Parser parser(&names);
         XCode rc = parser.parse(m_context, text);
-        index.startRecording(outer);
         if (rc.isErr()) return rc;
+        recording = std::move(names.recording());
         if (parser.getRoots().empty() || !parser.getRoots()[0])
             return XCode(XCode::GENERIC_FAILURE);
         root = parser.getRoots()[0];
     } else {
         root = m_target;
     }
-    // A name still bound to the same graph needs no re-binding: the graph
-    // cannot have closed a cycle through it, and its value is brought up to
-    // date when it is read.
-    if (proxy()->getTarget() != root.get()) {
-        if (XCode rc = proxy()->setNode(root.get()); rc.isErr()) return rc;
-    }
-    m_target = root;
+    // The graph in force is bound again if the name was dropped meanwhile.
+    if (XCode rc = bindName(root.get()); rc.isErr()) return rc;
     if (reparse) {
         // Without a context a plain name always resolves to its own proxy
         // node, whether or not an object has it: its coming and going moves
@@ -114,10 +107,8 @@ XCode CExpression::setExpression(const String& text) {
                      rc.toString().c_str());
         return rc;
     }
-    if (text != m_text) {
-        m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
-        m_text = text;
-    }
+    m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
+    m_text = text;
     if (!m_expressionObservers.empty()) {
         ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));
         m_expressionObservers.notify([&event](IExpressionObserver* observer) {
@@ -131,12 +122,18 @@ XCode CExpression::setExpression(const String& text) {
 XCode CExpression::reevaluateExpression() {
     // A re-evaluation reached from inside this object's own parse (a
     // database variable made on the fly) is the parse already running.
-    if (m_busy || !isStale()) return XCode();
+    if (m_busy) return XCode();
     if (m_text.isEmpty()) {
-        ReevaluationIndex::INSTANCE().clearStale(*this);
+        ReevaluationIndex::INSTANCE()->clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
+}
+
+void CExpression::dropNode() {
+    CConstant::dropNode();
+    // The next re-evaluation binds the name to the formula again.
+    if (!m_text.isEmpty()) ReevaluationIndex::INSTANCE().markStale(*this);
 }
 
 InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,
@@ -152,7 +149,7 @@ InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, un
 void CExpression::callDtor() {
     {
         VXAutoLock held(LOCK());
-        ReevaluationIndex::INSTANCE().forget(*this);
+        ReevaluationIndex::INSTANCE()->forget(*this);
     }
     CConstant::callDtor();
 }

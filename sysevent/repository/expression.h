@@ -37,7 +37,12 @@ public:
     String getContext() const override;
     String getExpression() const override;
     XCode setExpression(const String& text) override;
+    // setExpression with the formula in force: parsed again only if a name
+    // it looked up appeared or vanished since, bound again if the name was
+    // dropped, logged and told to the expression observers in any case.
     XCode reevaluateExpression() override;
+    // INode: unbinds the name like any object, until the next re-evaluation.
+    void dropNode() override;
 
     String getType() const override;
     // Rows (prefix + "Expression", name), then Context, Expression and Value.

@@ -21,7 +21,7 @@ CExpressionSet::CExpressionSet(const String& context, const String& name)
       m_name(name),
       m_fullName(context + "." + name) {
     VXAutoLock held(LOCK());
-    ReevaluationIndex::INSTANCE().addPrefixDependency(*this, context);
+    ReevaluationIndex::INSTANCE()->addPrefixDependency(*this, context);
 }
 
 XCode CExpressionSet::addExpressionObserver(IExpressionObserver* observer, bool) {
@@ -89,14 +89,13 @@ XCode CExpressionSet::setExpression(const String& text) {
     }
     m_text = text;
     // Making members publishes names that may match the context itself.
-    ReevaluationIndex::INSTANCE().clearStale(*this);
+    ReevaluationIndex::INSTANCE()->clearStale(*this);
     return XCode();
 }
 
 XCode CExpressionSet::reevaluateExpression() {
-    if (!isStale()) return XCode();
     if (m_text.isEmpty()) {
-        ReevaluationIndex::INSTANCE().clearStale(*this);
+        ReevaluationIndex::INSTANCE()->clearStale(*this);
         return XCode();
     }
     return setExpression(m_text);
@@ -120,8 +119,7 @@ InfoContainer& CExpressionSet::getInfo(InfoContainer& info, unsigned depthLimit,
                                        const String& prefix) const {
     ++s_infoNesting;
     if (depth <= depthLimit && column <= columnLimit) {
-        info.add(depth, column, prefix + "Expression Set",
-                 String::Formatted("%s", m_fullName.c_str()));
+        info.add(depth, column, prefix + "Expression Set", String::Formatted("%s", m_name.c_str()));
         if (depth + 1 <= depthLimit) {
             info.add(depth + 1, column, "Context", String::Formatted("%s", m_context.c_str()));
             info.add(depth + 1, column, "Expression", String::Formatted("%s", m_text.c_str()));
@@ -144,7 +142,7 @@ void CExpressionSet::callDtor() {
     if (m_destroying) return;
     m_destroying = true;
     VXAutoLock held(LOCK());
-    ReevaluationIndex::INSTANCE().forget(*this);
+    ReevaluationIndex::INSTANCE()->forget(*this);
     dropAllExpressions(m_members);
     CInherit::callDtor();
 }

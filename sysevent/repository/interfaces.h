@@ -11,16 +11,18 @@
 // be held by the caller; the Repository's static operations take it.
 #pragma once
 
-#include "host/runtime/ref_counted.h"
-#include "host/runtime/string.h"
 #include "host/component/unknown.h"
 #include "host/component/uuid.h"
+#include "host/runtime/ref_counted.h"
+#include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
-#include "sysevent/graph/proxy_node.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
 
+// A graph node: the engine's own, so only declared here (clients hold it only
+// through INode::getNode, which the engine's code resolves).
+class ProxyNode;
 class IReadObserver;
 class IExpressionObserver;
 

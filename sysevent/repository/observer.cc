@@ -14,6 +14,7 @@
 #include "host/component/driver_repository.h"
 #include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
+#include "host/runtime/log.h"
 #include "host/runtime/monitor.h"
 #include "sysevent/language/lexer.h"
 #include "sysevent/repository/identifiers.h"
@@ -44,13 +45,9 @@ void shielded(const String& name, F&& call) {
     try {
         call();
     } catch (const std::exception& e) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
-            m->monitor(0, "[%s] Observer callback failed: %s", name.c_str(), e.what());
-        }
+        SYSEVENT_LOG(0, "[%s] Observer callback failed: %s", name.c_str(), e.what());
     } catch (...) {
-        if (RTD::Monitor* m = RTD::REPOSITORY::GET_MONITOR_IF_ENABLED_FOR_LOGGING(MON, 0)) {
-            m->monitor(0, "[%s] Observer callback failed", name.c_str());
-        }
+        SYSEVENT_LOG(0, "[%s] Observer callback failed", name.c_str());
     }
 }
 
@@ -110,7 +107,7 @@ void Observer::addTo(const String& pattern, bool notifyNow) {
     }
     // Only a plain name without an object, or a pattern that does not
     // compile, fails; a wildcard that matches nothing yet succeeds quietly.
-    if (rc.isErr() && notifyNow) changed(pattern, Value(DST_ERR_NA));
+    if (rc.isErr() && notifyNow) deliverChange(pattern, Value(DST_ERR_NA));
     Pattern& entry = m_names[pattern];
     entry.notifyNow = notifyNow;
     if (!entry.regex)
@@ -178,7 +175,7 @@ void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
         VXLockPtr<IRead> held(source);
         name = held->getName();
     }
-    changed(name, newValue);
+    deliverChange(name, newValue);
 }
 
 void Observer::notifyValueDestroyed(const String& name) {
@@ -217,11 +214,11 @@ void Observer::onDriverRemoved(VXPPtr<IDriverRepository>& /*repository*/, VXPPtr
     const String name = object->getName();
     for (const bool notifyNow : matching(m_names, name)) {
         unsubscribe(object.get());
-        if (notifyNow) changed(name, Value(DST_ERR_NA));
+        if (notifyNow) deliverChange(name, Value(DST_ERR_NA));
     }
 }
 
-void Observer::changed(const String& name, const Value& value) {
+void Observer::deliverChange(const String& name, const Value& value) {
     shielded(name, [&] { notifyValueChanged(name, value); });
 }
 

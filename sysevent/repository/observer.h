@@ -110,7 +110,7 @@ public:
 private:
     // notifyValueChanged, with whatever client code it runs kept from
     // throwing into the notifying object.
-    void changed(const String& name, const Value& value);
+    void deliverChange(const String& name, const Value& value);
     // Drops every registration this Observer holds on `object` (one per entry
     // in m_observed) and its entries.
     void unsubscribe(IRead* object);

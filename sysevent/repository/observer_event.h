@@ -27,6 +27,7 @@ public:
     explicit ObserverEvent(VXPPtr<T> source) : m_source(std::move(source)) {}
 
     const VXPPtr<T>& getSource() const { return m_source; }
+    VXPPtr<T>& getSource() { return m_source; }
     VXMarshaller& getPayload() {
         marshalHeld();
         return m_payload;
@@ -61,6 +62,10 @@ public:
         v = *m_values[m_read++];
         return *this;
     }
+
+    // The next item when it is a Value held as such, marked read, or null
+    // (nothing marked): a reader that only looks at it saves the copy.
+    const Value* takeHeld() { return m_read < m_held ? &*m_values[m_read++] : nullptr; }
 
 private:
     static constexpr size_t kHeld = 2;

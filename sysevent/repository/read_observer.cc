@@ -4,11 +4,16 @@
 namespace VX::SysEvent {
 
 void IReadObserver::onValueChanged(ObserverEvent<IRead>& event) {
-    VXPPtr<IRead> source = event.getSource();
+    // The event is this observer's own copy, so its source and held values
+    // can be lent to the three-argument form instead of copied.
+    VXPPtr<IRead>& source = event.getSource();
     Value oldValue;
     Value newValue;
-    event >> oldValue >> newValue;
-    onValueChanged(source, oldValue, newValue);
+    const Value* oldHeld = event.takeHeld();
+    if (!oldHeld) event >> oldValue;
+    const Value* newHeld = event.takeHeld();
+    if (!newHeld) event >> newValue;
+    onValueChanged(source, oldHeld ? *oldHeld : oldValue, newHeld ? *newHeld : newValue);
 }
 
 void IReadObserver::onValueDestroyed(IRead*) {}

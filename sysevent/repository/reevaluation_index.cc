@@ -4,11 +4,10 @@
 
 #include <algorithm>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
 #include "host/component/driver_repository_observer.h"
+#include "host/runtime/crit.h"
 #include "sysevent/language/lexer.h"
-#include "sysevent/language/name_resolver.h"
 #include "sysevent/repository/identifiers.h"
 
 namespace VX::SysEvent {
@@ -42,30 +41,17 @@ private:
 
 Reevaluable::Reevaluable(IExpression* self) : m_self(self) {
     VXAutoLock held(LOCK());
-    m_sequence = ReevaluationIndex::INSTANCE().m_nextSequence++;
+    m_sequence = ReevaluationIndex::INSTANCE()->m_nextSequence++;
 }
 
-ReevaluationIndex& ReevaluationIndex::INSTANCE() {
+ReevaluationIndex* ReevaluationIndex::INSTANCE() {
     // Callers hold the engine lock, so only one thread can get here first;
     // the watch registers under that same lock.
     static ReevaluationIndex* const s_instance = new ReevaluationIndex();
-    return *s_instance;
+    return s_instance;
 }
 
 ReevaluationIndex::ReevaluationIndex() : m_watch(new DriverWatch(*this)) {}
-
-ReevaluationIndex::Recording* ReevaluationIndex::startRecording(Recording* recording) {
-    Recording* previous = m_recording;
-    m_recording = recording;
-    return previous;
-}
-
-void ReevaluationIndex::record(const String& name) {
-    if (!m_recording) return;
-    VXVector<String>& list =
-        NameResolver::IS_PATTERN(name) ? m_recording->patterns : m_recording->names;
-    if (std::find(list.begin(), list.end(), name) == list.end()) list.push_back(name);
-}
 
 void ReevaluationIndex::dropDependencies(Reevaluable& r) {
     for (const String& name : r.m_names) {

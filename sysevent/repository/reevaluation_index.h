@@ -58,14 +58,7 @@ public:
 
     // The one index; made on first use (under the engine lock, which the
     // caller holds), never destroyed.
-    static ReevaluationIndex& INSTANCE();
-
-    // Starts recording the look-ups of a parse into `recording` and returns
-    // the recording it replaces (restore it afterwards: parses nest when a
-    // look-up creates a database variable on the fly).
-    Recording* startRecording(Recording* recording);
-    // Called for every name the parser looks up.
-    void record(const String& name);
+    static ReevaluationIndex* INSTANCE();
 
     // `r` now depends on what `recording` holds (replacing its old
     // dependencies) and is no longer stale.
@@ -73,6 +66,8 @@ public:
     // `r` (an expression set) depends on the names whose leading part
     // `context` covers.
     void addPrefixDependency(Reevaluable& r, const String& context);
+    // `r` is (no longer) to be re-evaluated at the next occasion.
+    void markStale(Reevaluable& r);
     void clearStale(Reevaluable& r);
     // Drops every trace of `r`.
     void forget(Reevaluable& r);
@@ -92,13 +87,11 @@ private:
         Reevaluable* user;
     };
 
-    void markStale(Reevaluable& r);
     void dropDependencies(Reevaluable& r);
     // The compiled form of a regular expression text, compiled once.
     VXPtr<VXRegEx::Pattern> compile(const String& regex);
 
     uint64_t m_nextSequence = 0;
-    Recording* m_recording = nullptr;
     VXStringHashTable<VXVector<Reevaluable*>> m_byName;
     VXVector<PatternUse> m_patterns;
     VXStringHashTable<VXPtr<VXRegEx::Pattern>> m_compiled;

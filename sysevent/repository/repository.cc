@@ -4,11 +4,12 @@
 
 #include <new>
 
-#include "host/runtime/crit.h"
 #include "host/component/driver_repository.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
 #include "sysevent/language/name_resolver.h"
 #include "sysevent/language/parser.h"
+#include "sysevent/repository/name_lookup.h"
 #include "sysevent/repository/constant.h"
 #include "sysevent/repository/expression.h"
 #include "sysevent/repository/expression_set.h"
@@ -22,13 +23,6 @@ namespace {
 
 XCode failure(const char* format, const String& name) {
     return XCode::Failure(String::Formatted(format, name.c_str()));
-}
-
-// The driver published under `name`, whatever it offers, or null.
-VXPPtr<IUnknown> findDriver(const String& name) {
-    VXPPtr<IUnknown> driver;
-    DRIVER::GET_IF(DRIVER_NAME_OF(name), driver);
-    return driver;
 }
 
 }  // namespace
@@ -91,7 +85,8 @@ bool Repository::IS_MATCHING_NAME_REG_EX(const String& pattern, const String& na
 
 XCode Repository::createConstant(const String& name, const String& description,
                                  const Value& value) {
-    if (findDriver(name)) return failure("VARIABLE ALREADY EXISTS: %s", name);
+    // Under a name in use the driver repository refuses the constant, and
+    // its text is the answer; the constant never binds a name it does not own.
     VXPtr<CConstant> constant(new (std::nothrow) CConstant(name, description, value));
     if (!constant) return XCode(XCode::GENERIC_FAILURE);
     return addConstant(constant);
@@ -106,28 +101,23 @@ XCode Repository::addConstant(const VXPtr<CConstant>& constant) {
 
 XCode Repository::createVariable(const String& name, const String& description,
                                  const Value& value) {
-    if (VXPPtr<IUnknown> existing = findDriver(name)) {
-        // The published variable of the name takes the value; nothing new is
-        // registered. Anything else under the name keeps it unchanged.
-        VXPPtr<IWrite> writable;
-        VXPPtr<INode> node;
-        if (existing->queryIf(writable).isErr()) {
-            return existing->queryIf(node).isSuccess()
-                       ? failure("VARIABLE DOES NOT HAVE WRITE ACCESS: %s", name)
-                       : failure("VARIABLE ALREADY EXISTS: %s", name);
-        }
-        if (XCode rc = writable->setValue(value); rc.isErr()) return rc;
-        if (existing->queryIf(node).isSuccess()) node->updateDescription(description);
-        return XCode();
-    }
     VXPtr<CVariable> variable(new (std::nothrow) CVariable(name, description));
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
+    // Writes the name's proxy node, whoever owns the name.
     if (XCode rc = variable->setValue(value); rc.isErr()) return rc;
     return addVariable(variable);
 }
 
 XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
+    VXPPtr<INode> existing;
+    if (DRIVER::GET_IF(variable->getDriverName(), existing).isSuccess()) {
+        // The object published under the name stays the name's object and
+        // takes the new description; the value is in the name's proxy node
+        // already, so no formula needs to be parsed again.
+        existing->updateDescription(variable->getDescription());
+        return XCode();
+    }
     if (XCode rc = DRIVER::ADD(VXPPtr<IDriver>(variable.get())); rc.isErr()) return rc;
     reevaluateExpressions();
     return XCode();
@@ -135,26 +125,22 @@ XCode Repository::addVariable(const VXPtr<CVariable>& variable) {
 
 XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& context,
                                    const String& name, const String& text) {
-    out = nullptr;
-    const bool isSet = NameResolver::IS_PATTERN(context);
-    const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
-    if (findDriver(fullName)) return failure("VARIABLE ALREADY EXISTS: %s", fullName);
-
     VXPPtr<IDriver> driver;
-    VXPPtr<IExpression> expression;
-    if (isSet) {
+    if (NameResolver::IS_PATTERN(context)) {
         VXPtr<CExpressionSet> set(new (std::nothrow) CExpressionSet(context, name));
         if (!set) return XCode(XCode::GENERIC_FAILURE);
         driver = set.get();
-        expression = set.get();
+        out = set.get();
     } else {
         VXPtr<CExpression> single(new (std::nothrow) CExpression(context, name));
         if (!single) return XCode(XCode::GENERIC_FAILURE);
         driver = single.get();
-        expression = single.get();
+        out = single.get();
     }
+    // `out` holds the object from here on, also when it is refused: under a
+    // name in use the driver repository's own text is the answer.
     if (XCode rc = DRIVER::ADD(driver); rc.isErr()) return rc;
-    if (XCode rc = expression->setExpression(text); rc.isErr()) {
+    if (XCode rc = out->setExpression(text); rc.isErr()) {
         DRIVER::REMOVE(driver->getDriverName());
         return rc;
     }
@@ -163,7 +149,6 @@ XCode Repository::createExpression(VXPPtr<IExpression>& out, const String& conte
         reevaluateExpressions();
         return rc;
     }
-    out = expression;
     return XCode();
 }
 
@@ -188,6 +173,16 @@ void Repository::destroyExpression(const String& context, const String& name) {
 }
 
 // --- Finding ---
+
+bool Repository::IS_PATTERN(const String& name) {
+    return NameResolver::IS_PATTERN(name);
+}
+
+XCode Repository::find(const String& name, VXPPtr<IUnknown>& out) {
+    out = nullptr;
+    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
+    return failure("VARIABLE DOES NOT EXIST: %s", name);
+}
 
 XCode Repository::get(const String& name, VXPPtr<INode>& out) {
     if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
@@ -254,12 +249,11 @@ XCode Repository::getValue(const String& name, Value& value) {
 }
 
 XCode Repository::setExpression(const String& context, const String& name, const String& text) {
-    const bool isSet = NameResolver::IS_PATTERN(context);
-    const String fullName = isSet ? context + "." + name : CExpression::FULL_NAME(context, name);
+    // An expression set has no node, so it is never found here: setting
+    // the formula of one under its own name tries to create it again and
+    // gets the driver repository's refusal.
     VXPPtr<IExpression> expression;
-    // An expression set has no node, so only the driver repository finds it.
-    if (get(fullName, expression).isSuccess() ||
-        (isSet && DRIVER::GET_IF(DRIVER_NAME_OF(fullName), expression).isSuccess())) {
+    if (get(CExpression::FULL_NAME(context, name), expression).isSuccess()) {
         return expression->setExpression(text);
     }
     return createExpression(context, name, text);
@@ -268,13 +262,10 @@ XCode Repository::setExpression(const String& context, const String& name, const
 XCode Repository::evaluateExpression(const String& context, const String& text,
                                      VXVector<Value>& out) {
     out.clear();
-    // The look-ups of this parse are nobody's dependencies, also when it
-    // runs inside the parse of a published formula (an observer callback).
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
-    ReevaluationIndex::Recording* outer = index.startRecording(nullptr);
-    Parser parser;
+    // The look-ups of this parse are nobody's dependencies.
+    RepositoryNameResolver names;
+    Parser parser(&names);
     XCode rc = parser.parse(context, text);
-    index.startRecording(outer);
     if (rc.isErr()) return rc;
     for (const VXLWPtr<Node>& root : parser.getRoots()) {
         if (!root) {
@@ -287,14 +278,17 @@ XCode Repository::evaluateExpression(const String& context, const String& text,
 }
 
 XCode Repository::reevaluateExpressions() {
-    ReevaluationIndex& index = ReevaluationIndex::INSTANCE();
+    ReevaluationIndex& index = *ReevaluationIndex::INSTANCE();
     if (!index.hasStale()) return XCode();
     VXVector<VXPPtr<IExpression>> stale;
     index.collectStale(stale);
     for (const VXPPtr<IExpression>& expression : stale) {
-        // An earlier re-evaluation may have removed it (a set drops members).
+        // An earlier re-evaluation may have removed it (a set drops members)
+        // or re-evaluated it already (a set sets its members' formulas).
         VXPPtr<IDriver> driver;
         if (expression->queryIf(driver).isErr() || !driver->getDriverRepository()) continue;
+        const auto* tracked = dynamic_cast<const Reevaluable*>(expression.get());
+        if (tracked && !tracked->isStale()) continue;
         if (XCode rc = expression->reevaluateExpression(); rc.isErr()) return rc;
     }
     return XCode();

@@ -19,7 +19,6 @@
 //   "VARIABLE DOES NOT HAVE READ ACCESS: %s"  no IRead
 //   "VARIABLE DOES NOT HAVE WRITE ACCESS: %s" no IWrite (constants, expressions)
 //   "VARIABLE IS NOT AN EXPRESSION: %s"       no IExpression
-//   "VARIABLE ALREADY EXISTS: %s"             creating under a name in use
 //   "INVALID REGULAR EXPRESSION"              a pattern that does not compile
 // setValue prefixes a refusal with "COULD NOT CHANGE VARIABLE: %s: " and a
 // failed creation on the fly with "COULD NOT CREATE VARIABLE ON THE FLY: %s: ".
@@ -32,19 +31,22 @@
 //
 // Names already in use: creating a constant or an expression (or an
 // expression set) under a name that a published object already has fails
-// with "VARIABLE ALREADY EXISTS: %s" and changes nothing. Creating a variable
-// under the name of a published variable writes the value to that variable,
-// replaces its description and succeeds (nothing new is registered); under
-// the name of a constant or an expression it fails with "VARIABLE DOES NOT
-// HAVE WRITE ACCESS: %s" and changes nothing. So setValue on a constant or an
-// expression fails ("COULD NOT CREATE VARIABLE ON THE FLY: <name>: VARIABLE
-// DOES NOT HAVE WRITE ACCESS: <name>") and leaves its value alone.
+// with the driver repository's "DRIVER ALREADY EXISTS: var/<name>", and the
+// published object stays bound to the name. Creating a variable under such a
+// name writes the value to the name's proxy node, gives the published object
+// the new description and succeeds without registering anything: so setValue
+// on a constant or an expression succeeds too (its description becoming
+// empty), and the name shows the value until what it is bound to changes.
+// Setting the formula of an expression set by its name tries to create it
+// again (a set has no node, so it is never found) and is refused likewise.
 //
 // Re-evaluation: creating or destroying a name re-evaluates the expressions
 // (reevaluateExpressions), so formulas pick up names that appeared or
 // vanished. Only formulas whose parse looked up such a name, exactly or
-// through a pattern, are parsed again; every other one would come out of the
-// parser unchanged and is left alone.
+// through a pattern, and expressions whose name was dropped are
+// re-evaluated; every other one would come out of the parser unchanged and
+// is left alone. Each one re-evaluated behaves as its reevaluateExpression:
+// it is logged and its expression observers are told.
 #pragma once
 
 #include "host/runtime/containers.h"
@@ -76,6 +78,8 @@ public:
     static XCode GET(const String& pattern, VXVector<VXPPtr<INode>>& out);
     static XCode GET_MATCHING_NAME_PREFIXES(const String& pattern, VXVector<String>& out);
     static bool IS_MATCHING_NAME_REG_EX(const String& pattern, const String& name);
+    // True when `name` is a name pattern ('%' or '{') rather than one name.
+    static bool IS_PATTERN(const String& name);
 
     // --- Member operations: the caller holds the engine lock. ---
 
@@ -88,17 +92,20 @@ public:
     // Publishes an expression named context + "." + name (name alone for an
     // empty context) computing `text`, or, when the context is a pattern, an
     // expression set applying `text` under every name prefix matching it.
-    // `out` receives its IExpression. A text that fails to parse (or closes a
-    // cycle) leaves nothing published. Then re-evaluates the expressions; if
+    // `out` receives its IExpression before it is registered, so it holds
+    // the object also when that fails. A text that fails to parse (or closes
+    // a cycle) leaves nothing published. Then re-evaluates the expressions; if
     // that fails, the new object is removed again and the failure returned.
     XCode createExpression(VXPPtr<IExpression>& out, const String& context, const String& name,
                            const String& text);
     XCode createExpression(const String& context, const String& name, const String& text);
     // Publish an object made by the caller (constructed from name,
-    // description and, for a constant, value). Fails with the driver
-    // repository's "DRIVER ALREADY EXISTS: var/<name>" when the name is taken;
-    // the object published under it stays the name's object. Then
-    // re-evaluates the expressions.
+    // description and, for a constant, value), then re-evaluate the
+    // expressions. A constant under a taken name fails with the driver
+    // repository's "DRIVER ALREADY EXISTS: var/<name>"; a variable under the
+    // name of a published object with a node only hands that object its
+    // description and succeeds. Either way the object published under the
+    // name stays the name's object.
     XCode addConstant(const VXPtr<CConstant>& constant);
     XCode addVariable(const VXPtr<CVariable>& variable);
 
@@ -111,6 +118,10 @@ public:
     void destroyVariable(const String& name) { destroy(name); }
     void destroyExpression(const String& context, const String& name);
 
+    // The published object of `name`, whatever it offers (expression sets
+    // included), or "VARIABLE DOES NOT EXIST: %s". It only looks: a "db."
+    // name nobody published is not created (get does that).
+    XCode find(const String& name, VXPPtr<IUnknown>& out);
     // The published object of `name` (a "db." name is created on the fly),
     // as the wanted interface.
     XCode get(const String& name, VXPPtr<INode>& out);

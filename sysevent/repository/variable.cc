@@ -6,9 +6,6 @@ namespace VX::SysEvent {
 CVariable::CVariable(const String& name, const String& description) : CInherit(name, description) {}
 
 XCode CVariable::setValue(const Value& value) {
-    if (!ownsName()) {
-        return XCode::Failure(String::Formatted("VARIABLE ALREADY EXISTS: %s", name().c_str()));
-    }
     proxy()->setValue(value);
     return XCode();
 }

@@ -20,9 +20,9 @@ public:
 
     // IWrite: writes the value into the name's proxy node; observers are told
     // and expressions follow (not during a running propagation: then the
-    // value is only stored and observed). Fails with "VARIABLE ALREADY
-    // EXISTS: <name>", writing nothing, while another object is published
-    // under the name; succeeds otherwise.
+    // value is only stored and observed). Always succeeds, also while
+    // another object is published under the name: the name's proxy node then
+    // holds the value until what it is bound to changes.
     XCode setValue(const Value& value) override;
 
     String getType() const override;

@@ -15,33 +15,6 @@ XCode errToXCode(DataSubType st) {
     return XCode(ENGINE_ERROR_BASE + (static_cast<uint32_t>(st) & 0x00FFFFFFu));
 }
 
-DataType Value::getDataType() const {
-    switch (subtype) {
-        case DST_EMPTY:
-            return DT_EMPTY;
-        case DST_BOOL:
-            return DT_BOOL;
-        case DST_UINT:
-        case DST_FLP:
-            return DT_NUMBER;
-        case DST_ABS_DATE_TIME:
-        case DST_ABS_DATE:
-        case DST_ABS_TIME:
-        case DST_REL_TIME:
-            return DT_TIME;
-        case DST_STRING:
-            return DT_STRING;
-        case DST_ERR_DIV0:
-        case DST_ERR_NA:
-        case DST_ERR_NUM:
-        case DST_ERR_VAL:
-        case DST_ERR_GENERIC:
-            return DT_ERROR;
-        default:
-            return DT_UNDEF;
-    }
-}
-
 namespace {
 
 // Floats are equal within one machine epsilon, relative above 1.0 and absolute

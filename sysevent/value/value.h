@@ -89,8 +89,34 @@ public:
     Value& operator=(Value&&) noexcept = default;
     ~Value() override = default;
 
-    DataType getDataType() const;
-    bool isError() const { return getDataType() == DT_ERROR; }
+    // Inline: every function and every recompute asks it of every argument.
+    DataType getDataType() const {
+        switch (subtype) {
+            case DST_EMPTY:
+                return DT_EMPTY;
+            case DST_BOOL:
+                return DT_BOOL;
+            case DST_UINT:
+            case DST_FLP:
+                return DT_NUMBER;
+            case DST_ABS_DATE_TIME:
+            case DST_ABS_DATE:
+            case DST_ABS_TIME:
+            case DST_REL_TIME:
+                return DT_TIME;
+            case DST_STRING:
+                return DT_STRING;
+            case DST_ERR_DIV0:
+            case DST_ERR_NA:
+            case DST_ERR_NUM:
+            case DST_ERR_VAL:
+            case DST_ERR_GENERIC:
+                return DT_ERROR;
+            default:
+                return DT_UNDEF;
+        }
+    }
+    bool isError() const { return subtype >= DST_ERR_DIV0 && subtype <= DST_ERR_GENERIC; }
     // The display text: "#N/A!", "'text'", "1d2h", "true", ...
     String toString() const;
 

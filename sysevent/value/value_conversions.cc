@@ -118,7 +118,8 @@ XCode Value::FLP_TO_TIME(VX::Time& t, double d) {
     return XCode();
 }
 
-// STRING_TO_NUMBER and STRING_TO_TIME read through the lexer: value_text.cc.
+// STRING_TO_NUMBER and STRING_TO_TIME read through the lexer:
+// language/literal_text.cc.
 
 // ---- member conversions -------------------------------------------------
 
@@ -280,8 +281,8 @@ XCode Value::toRelTime() {
 }
 
 XCode Value::correctTime() {
-    // An error keeps its own code, as in every other conversion.
-    if (isError()) return errToXCode(subtype);
+    // No conversion, so not its frame: whatever is not a time, an error
+    // value included, is refused with "#VAL!".
     switch (subtype) {
         case DST_ABS_DATE:
             data.time.clearTime();

@@ -2,8 +2,9 @@
 // commit (new, updated, deleted entries, readable, deleted ones with their
 // ancestors; a new identifier as a delete and a new entry), what reaches
 // nobody (rollbacks, failed operations, tables and event types not
-// registered), registrations staged in their transaction, queued delivery,
-// destroyed managers, and handlers that write or wait for a lock.
+// registered), what triggers add, registrations staged in their transaction,
+// queued delivery, destroyed managers, and handlers that write or wait for a
+// lock.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -102,6 +103,21 @@ TEST_F(CallbackTest, ChangesArriveReadableAfterTheCommit) {
                                 "UPDATE Interface eth0 mtu=9000", "DELETE Interface eth0 mtu=9000",
                                 "NEW Interface wan0 mtu=9000", "DELETE Interface wan0 mtu=9000"}));
     EXPECT_EQ(rec_.uids, (VXVector<uint64_t>{eth0, eth1, eth0, eth0, eth0, eth0}));
+}
+
+// A change carries the entry as stored, also when a trigger of the schema
+// changed it further.
+TEST_F(CallbackTest, ChangesCarryWhatTriggersMadeOfThem) {
+    ASSERT_TRUE(db_->applySchema("CREATE TRIGGER clampMtu AFTER UPDATE OF mtu ON Interface"
+                                 " WHEN NEW.mtu > 9216 BEGIN"
+                                 " UPDATE Interface SET mtu = 9216 WHERE rowid = NEW.rowid; END;")
+                    .isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Interface", {DB::EVENT_UPDATE}).isSuccess());
+    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
+    ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
+                    return w.update("Interface", eth0, {{"mtu", "10000"}});
+                }).isSuccess());
+    EXPECT_EQ(rec_.seen, (Lines{"UPDATE Interface eth0 mtu=9216"}));
 }
 
 TEST_F(CallbackTest, DeletedChildrenStillNameTheirDeletedParent) {

@@ -20,8 +20,7 @@ namespace dbtest {
 
 // The example schema, found beside this source file's tree.
 inline String schemaPath() {
-    std::string here = __FILE__;  // .../tests/db/db_test_support.h
-    return String(here.substr(0, here.rfind("/tests/")) + "/examples/network_device.sql");
+    return String(SYSEVENT_SOURCE_DIR "/examples/network_device.sql");
 }
 
 inline String readSchema() {

@@ -23,10 +23,10 @@ FunctionFactory::Factory<TNEG> s_functionFactoryTNEG("TNEG", "number", "100 minu
 using Names = GraphTest;
 
 ProxyRepository& proxies() {
-    return ProxyRepository::INSTANCE();
+    return *ProxyRepository::INSTANCE();
 }
 ExpressionRepository& expressions() {
-    return ExpressionRepository::INSTANCE();
+    return *ExpressionRepository::INSTANCE();
 }
 
 // Whether `name` is in the repository's listing, which replaces what the
@@ -178,7 +178,7 @@ TEST_F(Names, FactoryCreatesAFreshDirtyNodePerCallAndLooksUpExactly) {
     EXPECT_EQ(a->getChildCount(), 0u);
     EXPECT_EQ(a->getRefCount(), 1u);
 
-    FunctionFactory& f = FunctionFactory::INSTANCE();
+    FunctionFactory& f = *FunctionFactory::INSTANCE();
     EXPECT_EQ(f.get("TNEG"), &s_functionFactoryTNEG);
     EXPECT_EQ(f.get("TNEG")->getDescription(), "100 minus the number");
     EXPECT_EQ(f.get("TNEG")->getParameterText(), "number");
@@ -194,14 +194,14 @@ TEST_F(Names, SecondFactoryOfANameWaitsUntilTheFirstIsGone) {
     auto first = std::make_unique<FunctionFactory::Factory<TSUM>>("TTWICE", "first", "");
     auto second = std::make_unique<FunctionFactory::Factory<TNEG>>("TTWICE", "second", "");
     EXPECT_EQ(FunctionFactory::CREATE("TTWICE")->getParameterText(), "first");
-    EXPECT_TRUE(listed(FunctionFactory::INSTANCE(), "TTWICE"));  // listed once
+    EXPECT_TRUE(listed(*FunctionFactory::INSTANCE(), "TTWICE"));  // listed once
     first.reset();
     EXPECT_EQ(FunctionFactory::CREATE("TTWICE")->getParameterText(), "second");
     second.reset();
     EXPECT_TRUE(FunctionFactory::CREATE("TTWICE").isNull());
-    EXPECT_FALSE(listed(FunctionFactory::INSTANCE(), "TTWICE"));
+    EXPECT_FALSE(listed(*FunctionFactory::INSTANCE(), "TTWICE"));
     // Unregistering a name that is not there is ignored.
-    FunctionFactory::INSTANCE().unregisterFactory("TTWICE");
+    FunctionFactory::INSTANCE()->unregisterFactory("TTWICE");
 }
 
 }  // namespace

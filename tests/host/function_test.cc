@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/runtime/crit.h"
+#include "host/runtime/event_loop.h"
 #include "host/runtime/function.h"
 #include "host/runtime/manual_time.h"
 #include "host/runtime/string.h"

@@ -47,7 +47,7 @@ TEST_F(ParserErrors, MessagesAndColumns) {
 }
 
 TEST_F(ParserErrors, CatalogueArityMessage) {
-    FunctionFactory::FactoryBase* round = FunctionFactory::INSTANCE().get("ROUND");
+    FunctionFactory::FactoryBase* round = FunctionFactory::INSTANCE()->get("ROUND");
     if (!round) GTEST_SKIP() << "ROUND is not in the catalogue of this build";
     const String parsed = PARSE("ROUND()");
     EXPECT_TRUE(parsed.startsWith("ERROR 1: Invalid number of arguments: ROUND(" +
@@ -118,6 +118,29 @@ TEST_F(ParserErrors, NestingLimitOfOpenLevels) {
               String::Formatted("ERROR %zu: Expression nested too deeply", 4 * (unary + 1) + 1));
 }
 
+// Huge texts are answered without reading them twice over: a lexical error
+// anywhere wins, as when the whole text is read first; otherwise the parse
+// stops where it refuses.
+TEST_F(ParserErrors, HugeTextsAreAnswered) {
+    const size_t parens = Parser::MAX_NESTING / 2 - 1;
+    const size_t mega = 1 << 20;
+    const struct {
+        std::string text;
+        String result;
+    } cases[] = {
+        {repeat("(", mega),
+         String::Formatted("ERROR %zu: Expression nested too deeply", parens + 2)},
+        {repeat("(", mega) + "'", String::Formatted("ERROR %zu: Unterminated string", mega + 1)},
+        {repeat("1+", 400000) + "1",
+         String::Formatted("ERROR %u: Expression nested too deeply", 2 * Parser::MAX_DEPTH + 2)},
+        {"a b $", "ERROR 5: Unexpected character '$'"},
+        {repeat("2024-01-15 + ", 5000) + "1", "SUM(SUM("},
+    };
+    for (const auto& c : cases) {
+        EXPECT_TRUE(PARSE(String(c.text)).startsWith(c.result)) << c.text.substr(0, 20);
+    }
+}
+
 TEST_F(ParserErrors, DepthLimitOfTheTree) {
     const size_t limit = Parser::MAX_DEPTH;
     // a+a+...: every operator adds one level to the left.
@@ -128,8 +151,16 @@ TEST_F(ParserErrors, DepthLimitOfTheTree) {
     // 2 * limit + 1.
     EXPECT_EQ(PARSE(repeat("+a", limit + 1, "a")),
               String::Formatted("ERROR %zu: Expression nested too deeply", 2 * limit + 2));
-    EXPECT_EQ(PARSE(repeat("*a", 200000, "a")),
-              String::Formatted("ERROR %zu: Expression nested too deeply", 2 * limit + 2));
+    // A flat chain is no nesting: c1 + c2 + ... + c5000 is one level of
+    // precedence climbing, however long.
+    std::string chain = "c1";
+    for (int i = 2; i <= 5000; ++i) {
+        chain += " + c";
+        chain += std::to_string(i);
+    }
+    const String flat = PARSE(chain);
+    EXPECT_TRUE(flat.startsWith("SUM(SUM(SUM(") && flat.endsWith(",c4999),c5000)"))
+        << flat.substring(0, 40).c_str();
 
     // Flat is fine at any width.
     const String wide = PARSE(repeat(",a", 50000, "TFANY(a") + ")");

@@ -48,21 +48,14 @@ TEST_F(ParserNames, ResolutionOrder) {
         }
         EXPECT_EQ(resolver.calls, c.calls);
     }
-    EXPECT_EQ(roots[2], ProxyRepository::INSTANCE().get("rs3up").get());
-    EXPECT_EQ(ProxyRepository::INSTANCE().get("line1.rs3up").get(), nullptr);
+    EXPECT_EQ(roots[2], ProxyRepository::INSTANCE()->get("rs3up").get());
+    EXPECT_EQ(ProxyRepository::INSTANCE()->get("line1.rs3up").get(), nullptr);
     EXPECT_EQ(roots[2]->getValue(), Value(DST_ERR_NA));
-    EXPECT_NE(ProxyRepository::INSTANCE().get("TFANY").get(), nullptr);
+    EXPECT_NE(ProxyRepository::INSTANCE()->get("TFANY").get(), nullptr);
 
     // Without a resolver every name is an undefined reference.
     Parser bare(nullptr);
     EXPECT_EQ(rootOf(bare, "rs3up"), roots[2]);
-
-    // The default resolver serves a parser given none.
-    NameResolver::SET_DEFAULT(&resolver);
-    Parser byDefault;
-    Node* root = rootOf(byDefault, "rs1.up");
-    NameResolver::SET_DEFAULT(nullptr);
-    EXPECT_EQ(root, up);
 }
 
 TEST_F(ParserNames, PatternsExpandToSeveralArguments) {
@@ -95,7 +88,7 @@ TEST_F(ParserNames, PatternsExpandToSeveralArguments) {
     };
     for (const auto& c : cases) EXPECT_EQ(PARSE(c.text, &resolver), String(c.result)) << c.text;
 
-    const FunctionFactory::FactoryBase* neg = FunctionFactory::INSTANCE().get("NEG");
+    const FunctionFactory::FactoryBase* neg = FunctionFactory::INSTANCE()->get("NEG");
     ASSERT_NE(neg, nullptr);
     const String negMessage =
         "ERROR 1: Invalid number of arguments: NEG(" + neg->getParameterText() + ")";
@@ -115,7 +108,7 @@ TEST_F(ParserNames, IdenticalSubExpressionsAreShared) {
     EXPECT_EQ(a->getChild(0), b->getChild(1));
     auto* call = dynamic_cast<FunctionNode*>(a->getChild(0));
     ASSERT_NE(call, nullptr);
-    EXPECT_EQ(call->getChild(1), ExpressionRepository::INSTANCE().get("1").get());
+    EXPECT_EQ(call->getChild(1), ExpressionRepository::INSTANCE()->get("1").get());
     // The same text parsed again gives the same root.
     Parser third(nullptr);
     EXPECT_EQ(rootOf(third, "TFANY(sh1,1)+2"), a);
@@ -125,7 +118,7 @@ TEST_F(ParserNames, IdenticalSubExpressionsAreShared) {
     ASSERT_NE(twice, nullptr);
     EXPECT_EQ(twice->getChild(0), twice->getChild(1));
     EXPECT_EQ(twice->getChild(2), twice->getChild(3));
-    EXPECT_EQ(twice->getChild(2), ProxyRepository::INSTANCE().get("sh1").get());
+    EXPECT_EQ(twice->getChild(2), ProxyRepository::INSTANCE()->get("sh1").get());
 }
 
 TEST_F(ParserNames, LiteralsShareOnlyWhenTheyAreTheSameValue) {

@@ -16,13 +16,13 @@ void REGISTER_TEST_FUNCTIONS() {
     for (const char* name : {"WITHIN",    "OR",  "XOR",  "AND",     "BITOR", "BITXOR", "BITAND",
                              "EQ",        "NEQ", "LT",   "LE",      "GT",    "GE",     "BITLSHIFT",
                              "BITRSHIFT", "SUM", "DIFF", "PRODUCT", "DIV",   "MOD"}) {
-        if (!FunctionFactory::INSTANCE().get(name)) {
+        if (!FunctionFactory::INSTANCE()->get(name)) {
             factories->emplace_back(
                 new FunctionFactory::Factory<AnyArity>(name, "[value]*", "test"));
         }
     }
     for (const char* name : {"NOT", "BITNOT", "NEG"}) {
-        if (!FunctionFactory::INSTANCE().get(name)) {
+        if (!FunctionFactory::INSTANCE()->get(name)) {
             factories->emplace_back(
                 new FunctionFactory::Factory<OneArgument>(name, "value", "test"));
         }
@@ -30,7 +30,7 @@ void REGISTER_TEST_FUNCTIONS() {
 }
 
 HiddenFunction::HiddenFunction(const char* name) : m_name(name) {
-    FunctionFactory& factory = FunctionFactory::INSTANCE();
+    FunctionFactory& factory = *FunctionFactory::INSTANCE();
     while (FunctionFactory::FactoryBase* f = factory.get(m_name)) {
         m_saved.push_back(f);
         factory.unregisterFactory(m_name);
@@ -39,7 +39,7 @@ HiddenFunction::HiddenFunction(const char* name) : m_name(name) {
 
 HiddenFunction::~HiddenFunction() {
     for (FunctionFactory::FactoryBase* f : m_saved) {
-        FunctionFactory::INSTANCE().registerFactory(m_name, f);
+        FunctionFactory::INSTANCE()->registerFactory(m_name, f);
     }
 }
 

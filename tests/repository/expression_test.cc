@@ -162,6 +162,44 @@ TEST_F(Expressions, ReevaluationParsesAgainOnlyWhenALookedUpNameChanges) {
     e->removeExpressionObserver(&observer);
 }
 
+TEST_F(Expressions, ReevaluatingSetsTheFormulaAgainAndBindsADroppedName) {
+    CapturedLog log(3);
+    var("v", U(1));
+    VXPPtr<IExpression> e;
+    ASSERT_OK(repo->createExpression(e, CTX(), "e", "v + 1"));
+    CountingExpressionObserver observer;
+    e->addExpressionObserver(&observer, false);
+    const String updated = "[" + N("e") + "] Update expression: v + 1";
+    log->clear();
+    ASSERT_OK(e->reevaluateExpression());  // on demand: nothing has to change
+    EXPECT_EQ(observer.count, 1);
+    EXPECT_TRUE(log->contains(updated));
+
+    VXPPtr<INode> node;
+    ASSERT_OK(repo->get(N("e"), node));
+    node->dropNode();
+    EXPECT_EQ(valueOf(N("e")), kNA);
+    log->clear();
+    var("unrelated", U(1));  // any creation re-evaluates: the name is bound again
+    EXPECT_EQ(valueOf(N("e")), U(2));
+    EXPECT_EQ(observer.count, 2);
+    EXPECT_TRUE(log->contains(updated));
+    e->removeExpressionObserver(&observer);
+}
+
+TEST_F(Expressions, OperatorLackingAnOperandIsVal) {
+    // A pattern matching nothing gives no argument, on either side.
+    VXVector<Value> values;
+    for (const char* op : {"==", "!=", "<", "<=", ">", ">=", "-", "/", "%", "<<", ">>", "within"}) {
+        for (const String& text :
+             {N("none%") + " " + op + " 1s", "1s " + String(op) + " " + N("none%"),
+              N("none%") + " " + op + " " + N("none%")}) {
+            ASSERT_OK(repo->evaluateExpression(CTX(), text, values));
+            EXPECT_EQ(values, (VXVector<Value>{Value(DST_ERR_VAL)})) << text.c_str();
+        }
+    }
+}
+
 TEST_F(Expressions, EvaluateExpressionGivesOneValuePerRootAndPublishesNothing) {
     var("p1.load", U(3));
     var("p2.load", U(4));

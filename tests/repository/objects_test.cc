@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <tuple>
 
 #include "host/component/driver_repository.h"
 #include "repository/repository_test_support.h"
@@ -23,9 +24,9 @@ TEST_F(Objects, EveryRefusalHasItsTextAndChangesNothing) {
     var("v", U(5));
     expr("e", "c + 1");
     const String missing = N("missing"), noWrite = "VARIABLE DOES NOT HAVE WRITE ACCESS: ";
-    const String onTheFly = "COULD NOT CREATE VARIABLE ON THE FLY: ";
+    const String taken = "DRIVER ALREADY EXISTS: var/";
     VXPPtr<IWrite> writable;
-    VXPPtr<IExpression> expression, unparsed;
+    VXPPtr<IExpression> expression, unparsed, refused;
     VXVector<VXPPtr<INode>> nodes{VXPPtr<INode>()};
     VXVector<String> prefixes;
     VXVector<Value> values{Value("stale")};
@@ -44,12 +45,11 @@ TEST_F(Objects, EveryRefusalHasItsTextAndChangesNothing) {
         {repo->addObserver(observer, missing, true), "VARIABLE DOES NOT EXIST: " + missing},
         // Not a database name, so nothing is made for it.
         {Repository::GET(N("db.x"), writable), "VARIABLE DOES NOT EXIST: " + N("db.x")},
-        {Repository::CREATE_CONSTANT(N("c"), "second", U(2)), "VARIABLE ALREADY EXISTS: " + N("c")},
-        {Repository::CREATE_CONSTANT(N("v"), "", U(6)), "VARIABLE ALREADY EXISTS: " + N("v")},
-        {repo->createExpression(CTX(), "v", "1"), "VARIABLE ALREADY EXISTS: " + N("v")},
-        {repo->setExpression(CTX(), "c", "2"), "VARIABLE ALREADY EXISTS: " + N("c")},
-        {repo->setValue(N("c"), U(9)), onTheFly + N("c") + ": " + noWrite + N("c")},
-        {repo->setValue(N("e"), U(9)), onTheFly + N("e") + ": " + noWrite + N("e")},
+        // A name in use: the driver repository's own refusal.
+        {Repository::CREATE_CONSTANT(N("c"), "second", U(2)), taken + N("c")},
+        {Repository::CREATE_CONSTANT(N("v"), "", U(6)), taken + N("v")},
+        {repo->createExpression(refused, CTX(), "v", "1"), taken + N("v")},
+        {repo->setExpression(CTX(), "c", "2"), taken + N("c")},
         {repo->createExpression(unparsed, CTX(), "bad", "1 +"), "4: Expecting parameter or ')'"},
         {repo->evaluateExpression(CTX(), "a b", values), "3: Expecting end of expression"},
         {repo->get(N("x{[}"), nodes), "INVALID REGULAR EXPRESSION"},
@@ -60,7 +60,10 @@ TEST_F(Objects, EveryRefusalHasItsTextAndChangesNothing) {
         EXPECT_EQ(cases[i].rc.getValue(), XCode::GENERIC_FAILURE);
         EXPECT_EQ(cases[i].rc.getString(), cases[i].text);
     }
-    EXPECT_FALSE(writable || expression || unparsed);
+    EXPECT_FALSE(writable || expression);
+    // The out parameter is set before the expression is registered.
+    EXPECT_TRUE(unparsed && refused);
+    EXPECT_EQ(refused->getContext(), CTX());
     EXPECT_TRUE(nodes.empty());
     EXPECT_TRUE(values.empty());
     EXPECT_EQ(valueOf(N("c")), U(1));
@@ -127,13 +130,26 @@ TEST_F(Objects, EachKindReadsAsPublishedAndAVariableChangesAndGoes) {
     EXPECT_EQ(x->getDescription(), "new");
     EXPECT_EQ(observer.newValues(), (std::vector<Value>{Value("seven"), U(2)}));
 
+    // So does writing under the name of a constant or an expression: the
+    // name shows the value until what it is bound to changes, and the
+    // object stays with the writer's description.
+    ASSERT_OK(repo->setValue(N("pi"), U(3)));
+    ASSERT_OK(repo->createVariable(N("e"), "forced", U(1)));
+    for (const auto& [name, value, type, description] :
+         {std::tuple{N("pi"), U(3), "constant", ""},
+          std::tuple{N("e"), U(1), "expression", "forced"}}) {
+        EXPECT_EQ(valueOf(name), value);
+        EXPECT_EQ(readable(name)->getType(), type);
+        EXPECT_EQ(readable(name)->getDescription(), description);
+    }
+
     repo->destroyVariable(N("x"));
     EXPECT_FALSE(exists(N("x")));
     repo->destroy(N("x"));  // what is gone: no error, no change
     EXPECT_FALSE(exists(N("x")));
 }
 
-TEST_F(Objects, ClientMadeObjectsNeverTouchATakenNameAndBindAFreeOne) {
+TEST_F(Objects, ClientMadeObjectsUnderATakenNameAndAFreeOne) {
     constant("c", U(1));
     expr("e", "c * 10");
     {
@@ -141,12 +157,17 @@ TEST_F(Objects, ClientMadeObjectsNeverTouchATakenNameAndBindAFreeOne) {
         EXPECT_EQ(valueOf(N("e")), U(10));
         EXPECT_EQ(intruder->getValue(), U(2));
         EXPECT_EQ(repo->addConstant(intruder).getString(), "DRIVER ALREADY EXISTS: var/" + N("c"));
-        VXPtr<CVariable> shadow(new CVariable(N("c"), ""));
-        EXPECT_EQ(shadow->setValue(U(3)).getString(), "VARIABLE ALREADY EXISTS: " + N("c"));
-        EXPECT_EQ(repo->addVariable(shadow).getString(), "DRIVER ALREADY EXISTS: var/" + N("c"));
+        // A variable writes the name's node whoever has the name; publishing
+        // it only hands the name's object its description.
+        VXPtr<CVariable> shadow(new CVariable(N("c"), "shadow"));
+        ASSERT_OK(shadow->setValue(U(3)));
+        EXPECT_EQ(valueOf(N("e")), U(30));
+        ASSERT_OK(repo->addVariable(shadow));
+        EXPECT_EQ(readable(N("c"))->getType(), "constant");
+        EXPECT_EQ(readable(N("c"))->getDescription(), "shadow");
     }  // both die here without unbinding the name
-    EXPECT_EQ(valueOf(N("c")), U(1));
-    EXPECT_EQ(valueOf(N("e")), U(10));
+    EXPECT_EQ(valueOf(N("c")), U(3));
+    EXPECT_EQ(valueOf(N("e")), U(30));
 
     // A free name is bound at construction, before it is published.
     expr("k1", N("k") + " + 1");

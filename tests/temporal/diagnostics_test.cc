@@ -60,9 +60,9 @@ TEST_F(Diagnostics, TimerThatCannotStart) {
         VXLWPtr<Node> x = leaf(num(1));
         VXLWPtr<FunctionNode> f = apply(row.fn, {x.get(), leaf(duration(1000)).get()});
         Watch w(f.get());
-        EventTimeouts::s_injectedStartFailure = row.fault;
+        clock_.refusal = row.fault;
         x->setValue(num(2));
-        EventTimeouts::s_injectedStartFailure = XCode();
+        clock_.refusal = XCode();
         EXPECT_TRUE(
             mon.contains(String::Formatted("[%s] CANNOT %s VALUE 2: %s", f->getName().c_str(),
                                            row.verb, row.fault.toString().c_str())));

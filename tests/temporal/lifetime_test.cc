@@ -41,10 +41,10 @@ TEST_F(Lifetime, WrapperStartsStopsRestartsRepeatsAndCancelsOnDestruction) {
     advanceTo(2000);
     EXPECT_EQ(owner.fired, 1);
 
-    EventTimeouts::s_injectedStartFailure = XCode::Failure("NO LOOP");
+    clock_.refusal = XCode::Failure("NO LOOP");
     EXPECT_EQ(timer->start(100).getString(), "NO LOOP");
     EXPECT_FALSE(timer->isRunning());
-    EventTimeouts::s_injectedStartFailure = XCode();
+    clock_.refusal = XCode();
 
     ASSERT_TRUE(timer->start(1000, true).isSuccess());  // repeating: stays running
     advanceTo(5500);
@@ -60,7 +60,7 @@ TEST_F(Lifetime, DestroyedNodesTimersNeverFire) {
     VXLWPtr<Node> delay = leaf(duration(1000));
     VXLWPtr<FunctionNode> twin = apply("DEBOUNCE", {x.get(), delay.get()});
     Watch w(twin.get());
-    const unsigned liveTimers = EventTimeouts::s_live;
+    const unsigned liveTimers = EVENT_LOOP().getTimerCount();
     {
         VXLWPtr<FunctionNode> debounce = apply("DEBOUNCE", {x.get(), delay.get()});
         VXLWPtr<FunctionNode> delayed = apply("DELAY", {x.get(), delay.get()});
@@ -76,7 +76,7 @@ TEST_F(Lifetime, DestroyedNodesTimersNeverFire) {
         EXPECT_EQ(x->getParents().size(), 4u);
     }
     // Their links and timers are gone with them, and so is the NOW tick.
-    EXPECT_EQ(EventTimeouts::s_live, liveTimers);
+    EXPECT_EQ(EVENT_LOOP().getTimerCount(), liveTimers);
     EXPECT_EQ(x->getParents().size(), 1u);
     EXPECT_TRUE(NOW::s_pTickEvent.isNull());
     advanceTo(60000);

@@ -134,14 +134,20 @@ private:
     VXLWPtr<Node> node_;
 };
 
+// The manual clock of these tests; while `refusal` is a failure it refuses
+// every timer start with it, as a host that cannot run timers does.
+struct TestClock : VX::ManualScheduler {
+    XCode admitTimerStart() override { return refusal; }
+    XCode refusal;
+};
+
 // Every test runs on the manual clock, from T0, holding the engine lock as
 // every caller of the graph does (ADVANCE takes it again for the handlers).
 class TemporalTest : public ::testing::Test {
 protected:
-    void SetUp() override { VX::ManualTime::ENABLE(T0); }
+    void SetUp() override { VX::ManualTime::ENABLE(clock_, T0); }
     void TearDown() override {
         MON = nullptr;
-        EventTimeouts::s_injectedStartFailure = XCode();
         // Each test's nodes are gone by now; so must be the shared ticks.
         EXPECT_TRUE(NOW::s_instances.empty());
         EXPECT_TRUE(NOW::s_pTickEvent.isNull());
@@ -156,6 +162,7 @@ protected:
         VX::ManualTime::ADVANCE(static_cast<unsigned>(ms - now));
     }
 
+    TestClock clock_;
     VXAutoLock lock_{LOCK()};
 };
 

@@ -115,6 +115,8 @@ TEST(Marshal, ReadingBuffers) {
         {"uint with 7 bytes", B().i32(3).raw({0, 0, 0, 0, 0, 0, 0}), kept},
         {"float with 0 bytes", B().i32(4), kept},
         {"time with 4 bytes", B().i32(5).i32(1), kept},
+        {"duration of -1 ns", B().i32(8).i32(5).i32(-1), kept},
+        {"date-time of 10^9 ns", B().i32(5).i32(5).i32(1000000000), kept},
         {"string without length", B().i32(9), kept},
         {"string claiming 10 of 3", B().i32(9).i32(10).raw({'a', 'b', 'c'}), kept},
         {"string claiming 2^31-1", B().i32(9).i32(0x7FFFFFFF).raw({'a'}), kept},
@@ -168,6 +170,13 @@ TEST(Marshal, EventKeepsWhatItReadBeforeAFailure) {
     EXPECT_EQ(e.start, VX::Time(10, 1));
     EXPECT_EQ(e.end, VX::Time(20, 2));
     EXPECT_EQ(e.value, Value("old"));
+
+    // An end time out of range: the start is already replaced.
+    const Bytes badEnd = B().i32(30).i32(3).i32(40).i32(-1).i32(1);
+    VXMarshaller m3(badEnd.data(), badEnd.size());
+    EXPECT_EQ(e.unmarshal(m3).getValue(), XCode::GENERIC_FAILURE);
+    EXPECT_EQ(e.start, VX::Time(30, 3));
+    EXPECT_EQ(e.end, VX::Time(20, 2));
 
     // Too short for the end time: the start is already replaced.
     const Bytes shortBuffer = B().i32(30).i32(3).i32(40);

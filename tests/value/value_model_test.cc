@@ -1,5 +1,5 @@
 // Value model: classification, equality (the float rule included), display
-// texts, copy semantics and the engine's error codes.
+// texts and the engine's error codes.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -34,26 +34,6 @@ TEST(ValueModel, DataTypeOfEverySubtype) {
     for (const auto& c : cases) {
         EXPECT_EQ(Value(static_cast<DataSubType>(c.subtype)).getDataType(), c.type) << c.subtype;
     }
-}
-
-TEST(ValueModel, ConstructorsPickTheSubtype) {
-    const Value values[] = {Value(),    Value(true), Value(5ULL),
-                            Value(2.5), Value("x"),  Value(VX::Time(3, 0), DST_ABS_DATE)};
-    const DataSubType subtypes[] = {DST_UNDEF, DST_BOOL,   DST_UINT,
-                                    DST_FLP,   DST_STRING, DST_ABS_DATE};
-    for (int i = 0; i < 6; ++i) EXPECT_EQ(values[i].subtype, subtypes[i]) << i;
-    VX::Clock clock(VX::Time(86400, 0));
-    EXPECT_EQ(Value(clock, DST_ABS_DATE_TIME).data.time, VX::Time(86400, 0));
-}
-
-TEST(ValueModel, CopiesOwnTheirText) {
-    Value a("abc");
-    Value b = a;
-    b.data.string += "d";
-    EXPECT_EQ(a.data.string, "abc");
-    Value& self = a;
-    a = self;
-    EXPECT_EQ(a, Value("abc"));
 }
 
 struct EqualityCase {

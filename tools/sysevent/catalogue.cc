@@ -29,7 +29,7 @@ String markdownCell(const String& text) {
 }  // namespace
 
 std::vector<FunctionEntry> CATALOGUE() {
-    FunctionFactory& factory = FunctionFactory::INSTANCE();
+    FunctionFactory& factory = *FunctionFactory::INSTANCE();
     VXVector<String> names;
     factory.getNames(names);
     std::vector<FunctionEntry> entries;

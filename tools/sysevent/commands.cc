@@ -35,10 +35,6 @@ String trim(const String& text) {
     return text.substring(start, end - start);
 }
 
-bool isPattern(const String& name) {
-    return name.indexOf('%') >= 0 || name.indexOf('{') >= 0;
-}
-
 // The position of the last '.' outside braces, or -1.
 int contextSeparator(const String& name) {
     int braces = 0, found = -1;
@@ -49,8 +45,6 @@ int contextSeparator(const String& name) {
     }
     return found;
 }
-
-const String DRIVER_NAME_PREFIX("var/");
 
 }  // namespace
 
@@ -198,7 +192,7 @@ bool Session::cmdGet(const CommandLine& cmd, Failure& failure) {
     if (!oneWord(cmd, "a name", pattern, failure)) return false;
     std::vector<String> lines;
     XCode rc;
-    if (!isPattern(pattern)) {
+    if (!Repository::IS_PATTERN(pattern)) {
         Value value;
         rc = Repository::GET_VALUE(pattern, value);
         if (rc.isSuccess()) lines.push_back(pattern + " = " + value.toString());
@@ -250,7 +244,7 @@ bool Session::cmdWatch(const CommandLine& cmd, Failure& failure) {
     }
     String pattern;
     if (!oneWord(cmd, "a name or pattern", pattern, failure)) return false;
-    if (isPattern(pattern)) {
+    if (Repository::IS_PATTERN(pattern)) {
         // A plain name may be published later; a pattern must at least be
         // one that the engine can match.
         VXVector<VXPPtr<INode>> nodes;
@@ -282,9 +276,10 @@ bool Session::cmdDestroy(const CommandLine& cmd, Failure& failure) {
     if (!oneWord(cmd, "a name", name, failure)) return false;
     VXLockPtr<Repository> repository(Repository::INSTANCE());
     VXPPtr<IUnknown> object;
-    if (DRIVER::GET_IF(DRIVER_NAME_PREFIX + name, object).isErr()) {
-        // Nothing is published under the name: let the engine say so (or,
-        // for a "db." name, make the variable that it then destroys).
+    if (repository->find(name, object).isErr()) {
+        // Nothing is published under the name: let the engine's creating
+        // look-up say so (or, for a "db." name, make the variable that it
+        // then destroys).
         VXPPtr<INode> node;
         XCode rc = repository->get(name, node);
         if (rc.isErr()) {
@@ -303,8 +298,9 @@ bool Session::cmdInfo(const CommandLine& cmd, Failure& failure) {
     InfoContainer info;
     {
         VXLockPtr<Repository> repository(Repository::INSTANCE());
+        VXPPtr<IUnknown> found;
         VXPPtr<IInfo> object;
-        if (DRIVER::GET_IF(DRIVER_NAME_PREFIX + name, object).isErr()) {
+        if (repository->find(name, found).isErr() || found->queryIf(object).isErr()) {
             VXPPtr<INode> node;
             XCode rc = repository->get(name, node);
             if (rc.isSuccess()) rc = node->queryIf(object);

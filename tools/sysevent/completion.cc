@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
+#include "host/component/driver_repository.h"
 #include "host/runtime/containers.h"
 #include "host/runtime/crit.h"
-#include "host/component/driver_repository.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/interfaces.h"
 #include "tools/sysevent/catalogue.h"
@@ -24,7 +24,7 @@ std::vector<String> publishedNames() {
     std::vector<String> names;
     VXAutoLock engine(VX::SysEvent::LOCK());
     VXVector<VXPPtr<VX::SysEvent::IRead>> objects;
-    DRIVER::GET_INTERFACES(VX::SysEvent::DID_Variable(), "var/", objects);
+    DRIVER::GET_INTERFACES(VX::SysEvent::DID_Variable(), VX::SysEvent::DRIVER_NAME_PREFIX, objects);
     for (const VXPPtr<VX::SysEvent::IRead>& object : objects) names.push_back(object->getName());
     return names;
 }

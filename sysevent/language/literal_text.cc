@@ -1,5 +1,7 @@
 // Value::STRING_TO_NUMBER and STRING_TO_TIME: a number or a time read out of
-// a string value exactly as the formula language reads its literals.
+// a string value exactly as the formula language reads its literals. They
+// live with the lexer, which depends on values, so that the value layer
+// never includes the language.
 #include "sysevent/language/lexer.h"
 #include "sysevent/value/value.h"
 

@@ -1,0 +1,49 @@
+# The headers installed for clients: <sysevent/sysevent.h> and everything it
+# includes, and nothing else (the graph, the parser and the event loop are the
+# engine's own). tests/consumer builds against these alone, so a header that
+# starts to include an internal one fails there.
+set(SYSEVENT_PUBLIC_HEADERS
+    host/component/component_manager.h
+    host/component/driver.h
+    host/component/driver_repository.h
+    host/component/driver_repository_observer.h
+    host/component/info.h
+    host/component/inherit.h
+    host/component/object.h
+    host/component/unknown.h
+    host/component/uuid.h
+    host/db/base.h
+    host/db/callback.h
+    host/db/cell.h
+    host/db/database.h
+    host/db/db.h
+    host/db/key.h
+    host/db/obj_read.h
+    host/db/obj_write.h
+    host/db/transaction.h
+    host/db/types.h
+    host/runtime/clock.h
+    host/runtime/containers.h
+    host/runtime/crit.h
+    host/runtime/function.h
+    host/runtime/lock.h
+    host/runtime/manual_time.h
+    host/runtime/marshaller.h
+    host/runtime/monitor.h
+    host/runtime/ref_counted.h
+    host/runtime/scheduler.h
+    host/runtime/string.h
+    host/runtime/time.h
+    host/runtime/xcode.h
+    sysevent/database/database_tracker.h
+    sysevent/repository/identifiers.h
+    sysevent/repository/interfaces.h
+    sysevent/repository/observer.h
+    sysevent/repository/observer_event.h
+    sysevent/repository/read_observer.h
+    sysevent/repository/repository.h
+    sysevent/repository/typed_accessors.h
+    sysevent/sysevent.h
+    sysevent/value/event.h
+    sysevent/value/value.h
+)
