@@ -5,10 +5,10 @@
 #include <chrono>
 #include <climits>
 #include <cstring>
-#include <regex>
 #include <thread>
 
 #include "host/runtime/manual_time.h"
+#include "host/runtime/regex.h"
 #include "sysevent/repository/repository.h"
 #include "tools/sysevent/literal_reader.h"
 #include "tools/sysevent/session.h"
@@ -139,15 +139,13 @@ bool Session::cmdExpect(const CommandLine& cmd, Failure& failure) {
     changes_.observe(name);
 
     if (form == NOW_LIKE) {
-        std::regex pattern;
-        try {
-            pattern = std::regex(operand.str());
-        } catch (const std::regex_error&) {
+        VXPtr<VXRegEx::Pattern> pattern = VXRegEx::COMPILE_EXPRESSION(operand);
+        if (!pattern) {
             failure = Failure{operandColumn, "invalid regular expression"};
             return false;
         }
         String got = currentValue(name);
-        if (std::regex_search(got.str(), pattern)) {
+        if (pattern->match(got)) {
             ++passed_;
         } else {
             checkFailed(name + " ~ " + operand, got, VX::Time::NOW(), name);
