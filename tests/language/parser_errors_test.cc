@@ -134,7 +134,7 @@ TEST_F(ParserErrors, HugeTextsAreAnswered) {
         {repeat("1+", 400000) + "1",
          String::Formatted("ERROR %u: Expression nested too deeply", 2 * Parser::MAX_DEPTH + 2)},
         {"a b $", "ERROR 5: Unexpected character '$'"},
-        {repeat("2024-01-15 + ", 5000) + "1", "SUM(SUM("},
+        {repeat("2024-01-15 + ", 50) + "1", "SUM(SUM("},
     };
     for (const auto& c : cases) {
         EXPECT_TRUE(PARSE(String(c.text)).startsWith(c.result)) << c.text.substr(0, 20);
