@@ -21,9 +21,9 @@
 #include <thread>
 #include <utility>
 
-#include "host/runtime/containers.h"
 #include "host/db/obj_read.h"
 #include "host/db/types.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/string.h"
 
 namespace VX {

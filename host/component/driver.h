@@ -5,9 +5,9 @@
 
 #include "host/component/inherit.h"
 #include "host/component/object.h"
+#include "host/component/uuid.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
-#include "host/component/uuid.h"
 
 class IDriverRepository;
 

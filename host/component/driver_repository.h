@@ -14,12 +14,12 @@
 // added during it is not called for that change).
 #pragma once
 
-#include "host/runtime/containers.h"
 #include "host/component/driver.h"
 #include "host/component/driver_repository_observer.h"
-#include "host/runtime/string.h"
 #include "host/component/unknown.h"
 #include "host/component/uuid.h"
+#include "host/runtime/containers.h"
+#include "host/runtime/string.h"
 
 // The repository's operations; see DRIVER for their contracts. Each takes
 // the repository's lock itself (it is re-entrant), so calls through

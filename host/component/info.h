@@ -3,9 +3,9 @@
 // value): level is the nesting depth, column the table column.
 #pragma once
 
+#include "host/component/unknown.h"
 #include "host/runtime/containers.h"
 #include "host/runtime/string.h"
-#include "host/component/unknown.h"
 
 class InfoContainer {
 public:

@@ -2,8 +2,8 @@
 // every component. It offers IUnknown only; CInherit adds interfaces.
 #pragma once
 
-#include "host/runtime/ref_counted.h"
 #include "host/component/unknown.h"
+#include "host/runtime/ref_counted.h"
 
 class CObject : public virtual IUnknown, public VX::RefCounted {
 public:

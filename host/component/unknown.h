@@ -7,9 +7,9 @@
 // pointer to any of its interfaces converts to IUnknown* without ambiguity.
 #pragma once
 
+#include "host/component/uuid.h"
 #include "host/runtime/lock.h"
 #include "host/runtime/ref_counted.h"
-#include "host/component/uuid.h"
 #include "host/runtime/xcode.h"
 
 class IUnknown {

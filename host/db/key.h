@@ -5,9 +5,9 @@
 
 #include <cstdint>
 
-#include "host/runtime/containers.h"
 #include "host/db/base.h"
 #include "host/db/cell.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"

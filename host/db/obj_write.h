@@ -13,9 +13,9 @@
 #include <memory>
 #include <utility>
 
-#include "host/runtime/containers.h"
 #include "host/db/cell.h"
 #include "host/db/key.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
 

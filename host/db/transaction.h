@@ -10,10 +10,10 @@
 // itself); a write transaction cannot be nested.
 #pragma once
 
-#include "host/runtime/containers.h"
 #include "host/db/base.h"
 #include "host/db/database.h"
 #include "host/db/types.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/xcode.h"
 

@@ -19,8 +19,8 @@
 #include <cstdint>
 
 #include "host/component/component_manager.h"
-#include "host/runtime/containers.h"
 #include "host/db/db.h"
+#include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
 #include "host/runtime/xcode.h"
