@@ -177,6 +177,26 @@ XCode Lexer::readNumber(size_t& pos) {
     const size_t start = pos;
     const char* rest = m_text.c_str() + start;
 
+    // Most numbers in formulas are short decimal integers. One that no
+    // letter, '.', '-' or ':' follows cannot be read as a date, a time, a
+    // float or a duration, and unless it has a leading 0 (octal to the
+    // integer reader) and unless it could overflow, every reader below
+    // would take exactly its digits: read it directly.
+    if (rest[0] != '0' || !isDigit(rest[1])) {
+        unsigned long long u = 0;
+        size_t digits = 0;
+        while (digits < 20 && isDigit(rest[digits])) {
+            u = u * 10 + static_cast<unsigned>(rest[digits] - '0');
+            ++digits;
+        }
+        const char after = rest[digits];
+        if (digits <= 19 && !isAlnum(after) && after != '.' && after != '-' && after != ':') {
+            pos += digits;
+            append(TT_NUMBER, Value(u), start);
+            return XCode();
+        }
+    }
+
     // A full date-time, as the calendar reads it.
     VX::Clock clock;
     unsigned read = 0;
