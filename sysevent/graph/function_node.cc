@@ -384,7 +384,9 @@ bool FunctionNode::forceRecompute() {
 
 bool FunctionNode::wouldCloseCycle(Node* child) const {
     if (child == this) return true;
-    if (child->m_kind == KIND_PLAIN) return false;  // nothing lies below it
+    // Nothing lies below a plain child, and nothing above a node without
+    // parents (every node the parser is still building).
+    if (child->m_kind == KIND_PLAIN || m_parents.empty()) return false;
     // This node lies below `child` exactly when `child` lies above it. Both
     // walks answer the question, so they take turns, one node each, and the
     // first to run out of nodes answers no: the check costs about twice the

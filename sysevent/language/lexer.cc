@@ -2,6 +2,7 @@
 // symbols) and the queue operations.
 #include "sysevent/language/lexer.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -35,6 +36,10 @@ XCode failure(const char* fmt, int number) {
     rc.setStringF(fmt, number);
     return rc;
 }
+
+// Texts up to this length are read whole by start(): their tokens fit in
+// some tens of kilobytes.
+constexpr size_t kWholeStartLength = 1024;
 
 // The characters a date or time-of-day scan can read, and how many of them
 // it is shown at most.
@@ -110,6 +115,21 @@ XCode Lexer::start(const String& text) {
     m_text = text;
     m_tokens.clear();
     m_queue.clear();
+    if (text.length() <= kWholeStartLength) {
+        // The tokens of a short text take little room: read them in the
+        // pass that checks them, instead of reading the text twice.
+        m_mode = Mode::OnDemand;
+        m_finished = true;
+        m_position = 0;
+        do {
+            if (XCode rc = readToken(m_position); rc.isErr()) {
+                m_queue.clear();
+                return rc;
+            }
+        } while (m_queue.back().type != TT_END);
+        std::reverse(m_queue.begin(), m_queue.end());
+        return XCode();
+    }
     // One pass that keeps nothing finds the first error; reading for the
     // reader then cannot fail.
     m_mode = Mode::Check;
