@@ -310,6 +310,9 @@ String FunctionNode::getNormalizedExpression() const {
             text += fc->m_functionName;
             text += '(';
             stack.push({fc, 0});
+        } else if (child->m_kind == KIND_PROXY) {
+            // A name: its key is the name itself, appended without a copy.
+            text += static_cast<const FunctionNode*>(child)->m_functionName;
         } else {
             text += child->getNormalizedExpression();
         }

@@ -121,6 +121,7 @@ XCode Lexer::start(const String& text) {
         m_mode = Mode::OnDemand;
         m_finished = true;
         m_position = 0;
+        m_queue.reserve(std::min<size_t>(text.length() / 2 + 2, 64));
         do {
             if (XCode rc = readToken(m_position); rc.isErr()) {
                 m_queue.clear();

@@ -107,7 +107,11 @@ XCode CExpression::setExpression(const String& text) {
                      rc.toString().c_str());
         return rc;
     }
-    m_description = String::Formatted("%s := %s", name().c_str(), text.c_str());
+    // As "%s := %s" would print it (up to a NUL in either), without the
+    // formatter: every expression created or re-evaluated passes here.
+    m_description = String(name().c_str());
+    m_description += " := ";
+    m_description += text.c_str();
     m_text = text;
     if (!m_expressionObservers.empty()) {
         ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));

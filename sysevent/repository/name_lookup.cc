@@ -11,8 +11,17 @@ namespace VX::SysEvent {
 
 XCode RepositoryNameResolver::resolve(const String& name, VXVector<VXLWPtr<Node>>& nodes) {
     nodes.clear();
-    VXVector<String>& list = IS_PATTERN(name) ? m_recording.patterns : m_recording.names;
+    const bool pattern = IS_PATTERN(name);
+    VXVector<String>& list = pattern ? m_recording.patterns : m_recording.names;
     if (std::find(list.begin(), list.end(), name) == list.end()) list.push_back(name);
+    if (!pattern) {
+        // An exact name is one object at most, found without the list that
+        // a pattern's matches need; the parse holds the engine lock.
+        VXPPtr<INode> object;
+        if (XCode rc = Repository::INSTANCE()->get(name, object); rc.isErr()) return rc;
+        nodes.push_back(object->getNode());
+        return XCode();
+    }
     VXVector<VXPPtr<INode>> objects;
     XCode rc = Repository::GET(name, objects);
     if (rc.isErr()) return rc;
