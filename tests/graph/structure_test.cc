@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
+#include <random>
+#include <set>
 
 #include "graph/graph_test_support.h"
 #include "sysevent/graph/proxy_node.h"
@@ -53,6 +56,37 @@ TEST_F(Structure, CyclesAreRefusedAndLeaveTheGraphUnchanged) {
         }
     }
     EXPECT_EQ(x->getValue(), Value(98ULL));
+}
+
+TEST_F(Structure, CycleCheckAgreesWithReachabilityOnARandomGraph) {
+    // Each node takes up to three earlier ones: many shared nodes, and
+    // closures of every size above and below the node being edited.
+    std::mt19937 random(7);
+    auto a = leaf("a", 1);
+    std::vector<VXLWPtr<FunctionNode>> nodes;
+    for (unsigned i = 0; i < 60; ++i) {
+        nodes.push_back(make<TSUM>({a.get()}));
+        for (unsigned k = random() % 4; k > 0 && i > 0; --k)
+            ASSERT_TRUE(nodes[i]->addChild(nodes[random() % i].get()).isSuccess());
+    }
+    // What lies under each node, from the nodes' own child lists.
+    std::map<const Node*, std::set<const Node*>> under;
+    for (const auto& n : nodes) {
+        for (const VXLWPtr<Node>& c : n->getChildren()) {
+            under[n.get()].insert(c.get());
+            under[n.get()].insert(under[c.get()].begin(), under[c.get()].end());
+        }
+    }
+    for (const auto& below : nodes) {
+        for (const auto& above : nodes) {
+            const bool cycle = below == above || under[above.get()].count(below.get());
+            VXLWPtr<Node> old;
+            EXPECT_EQ(below->swapChild(0, above.get(), old).isErr(), cycle);
+            if (!cycle) {
+                ASSERT_TRUE(below->swapChild(0, a.get(), old).isSuccess());
+            }
+        }
+    }
 }
 
 TEST_F(Structure, BadEditsFailWithTheGenericCodeAndNoText) {
