@@ -72,41 +72,31 @@ protected:
     std::function<void(int)> onFire_;
 };
 
-TEST_F(ManualLoopTest, RunsDueTimersInDueOrderWithTiesInStartOrder) {
+// Due order, ties in start order, an advance that ends exactly on a due
+// time; stopped and destroyed timers do not run, a restart counts anew.
+TEST_F(ManualLoopTest, DueOrderStopDestroyAndRestart) {
     start(1, 300);
     start(2, 100);
     start(3, 100);
     start(4, 200);
-    VX::ManualTime::ADVANCE(250);
-    EXPECT_EQ(fired_, (Firings{{2, 100}, {3, 100}, {4, 200}}));
-    EXPECT_EQ(msSinceT0(), 250);
-    VX::ManualTime::ADVANCE(49);
-    EXPECT_EQ(fired_.size(), 3u);
-    VX::ManualTime::ADVANCE(1);
-    EXPECT_EQ(fired_.back(), (Firing{1, 300}));
-    EXPECT_EQ(msSinceT0(), 300);
-}
-
-TEST_F(ManualLoopTest, StopDestroyAndRestartCancelOrRearm) {
-    Probe& oneShot = start(1, 10);
-    Probe& stopped = start(2, 10);
-    Probe& destroyed = start(3, 10);
-    Probe& restarted = start(4, 100);
-    EXPECT_FALSE(probe(5).event->isRunning());
-    EXPECT_TRUE(oneShot.event->isRunning());
+    Probe& stopped = start(5, 100);
+    Probe& destroyed = start(6, 100);
+    Probe& restarted = start(7, 200);
+    EXPECT_FALSE(probe(8).event->isRunning());
     stopped.event->stop();
     stopped.event->stop();  // stopping a stopped timer does nothing
     destroyed.event = nullptr;
-    VX::ManualTime::ADVANCE(10);
-    EXPECT_EQ(fired_, (Firings{{1, 10}}));
-    EXPECT_FALSE(oneShot.event->isRunning());
-
-    VX::ManualTime::ADVANCE(60);
-    restarted.event->start(100);  // due at 170 now, not 100
-    VX::ManualTime::ADVANCE(60);
-    EXPECT_EQ(fired_.size(), 1u);
-    VX::ManualTime::ADVANCE(40);
-    EXPECT_EQ(fired_.back(), (Firing{4, 170}));
+    VX::ManualTime::ADVANCE(150);
+    restarted.event->start(100);  // due at 250 now, not 200
+    VX::ManualTime::ADVANCE(99);
+    EXPECT_EQ(fired_, (Firings{{2, 100}, {3, 100}, {4, 200}}));
+    VX::ManualTime::ADVANCE(1);  // due exactly where an advance ends
+    EXPECT_EQ(fired_.back(), (Firing{7, 250}));
+    VX::ManualTime::ADVANCE(50);
+    EXPECT_EQ(fired_.back(), (Firing{1, 300}));
+    EXPECT_EQ(fired_.size(), 5u);
+    EXPECT_EQ(msSinceT0(), 300);
+    EXPECT_FALSE(stopped.event->isRunning() || probes_[0]->event->isRunning());
 }
 
 TEST_F(ManualLoopTest, RepeatingTimersUntilStoppedDestroyedOrRestartedByTheirHandler) {
