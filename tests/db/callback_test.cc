@@ -25,23 +25,17 @@ public:
         : manager_("recorder", d) {
         manager_.addDatabaseHandler([this](DB::EventType_ type, DB::ObjRead& e) {
             const String table = e.getStructName();
-            const bool interface = table == "Interface";
+            String line = type == DB::EVENT_NEW      ? "NEW "
+                          : type == DB::EVENT_UPDATE ? "UPDATE "
+                                                     : "DELETE ";
             String key, mtu, name;
-            EXPECT_TRUE(e.getAsString(interface         ? "name"
-                                      : table == "Port" ? "number"
-                                                        : "ip",
-                                      key)
-                            .isSuccess());
-            if (interface) e.getAsString("mtu", mtu);
+            e.getAsString(table == "Interface" ? "name" : table == "Port" ? "number" : "ip", key);
+            line += table + " " + key;
+            if (e.getAsString("mtu", mtu).isSuccess()) line += " mtu=" + mtu;
             DB::ObjRead parent;
-            if (e.hasParent() && e.getParentObj(parent, 2, 10).isSuccess())
-                parent.get("name", name);
-            const char* event = type == DB::EVENT_NEW      ? "NEW "
-                                : type == DB::EVENT_UPDATE ? "UPDATE "
-                                                           : "DELETE ";
-            seen.push_back(String(event) + table + " " + key +
-                           (interface ? " mtu=" + mtu : String()) +
-                           (name.isEmpty() ? String() : " parent=" + name));
+            if (e.getParentObj(parent, 2, 10).isSuccess() && parent.get("name", name).isSuccess())
+                line += " parent=" + name;
+            seen.push_back(line);
             uids.push_back(e.getUID());
         });
     }
