@@ -24,20 +24,21 @@ TEST(DictionaryTest, NumbersNamesAndTypes) {
     EXPECT_EQ(base->getStructName(6, name).getString(), "INVALID DATABASE TABLE NUMBER: 6");
     EXPECT_EQ(base->getStructName(0, name).getValue(), DB::E_SCHEMA);
 
+    // Type codes (the limits of each type are in the tool's db_entries
+    // transcript), and field numbers: columns first, then structures.
     const struct {
         uint16_t table;
         const char* field;
         uint32_t type, size;
         uint16_t no;
     } fields[] = {
-        {2, "objType", DB::FT_U8, 1, 0},          {2, "mtu", DB::FT_U16, 2, 4},
-        {1, "bootCount", DB::FT_U32, 4, 4},       {2, "speed", DB::FT_U64, 8, 5},
-        {3, "priority", DB::FT_S8, 1, 11},        {3, "delayOffset", DB::FT_S16, 2, 6},
-        {3, "temperature", DB::FT_S32, 4, 7},     {1, "clockDrift", DB::FT_S64, 8, 5},
-        {3, "rxPower", DB::FT_READING, 8, 8},     {2, "name", DB::FT_CHAR, 16, 2},
-        {2, "description", DB::FT_TEXT, 0, 3},    {2, "state.admin", DB::FT_BOOL, 1, 6},
-        {2, "rxGain", DB::FT_REAL, 8, 8},         {2, "state", DB::FT_STRUCT, 0, 9},
-        {1, "maintenance", DB::FT_STRUCT, 0, 10}, {1, "maintenance.window", DB::FT_STRUCT, 0, 11},
+        {2, "name", DB::FT_CHAR, 16, 2},
+        {2, "description", DB::FT_TEXT, 0, 3},
+        {3, "rxPower", DB::FT_READING, 8, 8},
+        {2, "rxGain", DB::FT_REAL, 8, 8},
+        {2, "state", DB::FT_STRUCT, 0, 9},
+        {1, "maintenance", DB::FT_STRUCT, 0, 10},
+        {1, "maintenance.window", DB::FT_STRUCT, 0, 11},
     };
     for (const auto& f : fields) {
         DB::FieldInfo info, byNo;
