@@ -18,9 +18,9 @@ TEST_F(Diagnostics, TracesHeldBackValuesAtLevelThreeOnly) {
         Value input;
         const char* line;
     } rows[] = {
-        {"DEBOUNCE", text("up"), "Debouncing 'up' by 2500 ms"},
+        {"DEBOUNCE", Value("up"), "Debouncing 'up' by 2500 ms"},
         {"DELAY", num(9), "Delaying 9 by 2500 ms"},
-        {"STABLE", text("on"), "Waiting 2500 ms for 'on' to stabilize"},
+        {"STABLE", Value("on"), "Waiting 2500 ms for 'on' to stabilize"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.fn);
