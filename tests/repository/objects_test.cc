@@ -179,6 +179,11 @@ TEST_F(Objects, ClientMadeObjectsUnderATakenNameAndAFreeOne) {
     k = nullptr;
     repo->destroyConstant(N("k"));
     EXPECT_EQ(valueOf(N("k1")), kNA);
+    // Never published, it unbinds the name when it dies.
+    k = new CConstant(N("k"), "", U(1));
+    EXPECT_EQ(valueOf(N("k1")), U(2));
+    k = nullptr;
+    EXPECT_EQ(valueOf(N("k1")), kNA);
 
     // An object a client keeps outlives its name without unbinding the
     // object published under the name after it.
@@ -188,46 +193,6 @@ TEST_F(Objects, ClientMadeObjectsUnderATakenNameAndAFreeOne) {
     constant("c", U(2));
     old = nullptr;  // the old object dies now
     EXPECT_EQ(valueOf(N("c")), U(2));
-}
-
-TEST_F(Objects, DiagnosticRows) {
-    ASSERT_OK(repo->createConstant(N("c"), "a constant", U(3)));
-    ASSERT_OK(repo->createVariable(N("v"), "a variable", Value("x")));
-    expr("e", "c + 1");
-    struct Case {
-        const char* name;
-        std::vector<InfoContainer::Row> rows;
-    };
-    const Case cases[] = {
-        {"c",
-         {{2, 1, ">Constant", N("c")}, {3, 1, "Description", "a constant"}, {3, 1, "Value", "3"}}},
-        {"v",
-         {{2, 1, ">Variable", N("v")},
-          {3, 1, "Description", "a variable"},
-          {3, 1, "Value", "'x'"}}},
-        {"e",
-         {{2, 1, ">Expression", N("e")},
-          {3, 1, "Context", CTX()},
-          {3, 1, "Expression", N("e") + " := c + 1"},
-          {3, 1, "Value", "4"}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        VXPPtr<IInfo> info;
-        ASSERT_OK(DRIVER::GET_IF("var/" + N(c.name), info));
-        InfoContainer rows;
-        info->getInfo(rows, 5, 2, 1, 1, ">");
-        EXPECT_EQ(rows.getRows(), c.rows);
-
-        // Depth limit: only the first row; beyond the limits: nothing.
-        InfoContainer shallow;
-        info->getInfo(shallow, 2, 2, 1, 1, ">");
-        EXPECT_EQ(shallow.size(), 1u);
-        InfoContainer none;
-        info->getInfo(none, 5, 2, 0, 1, ">");
-        info->getInfo(none, 1, 2, 5, 1, ">");
-        EXPECT_EQ(none.size(), 0u);
-    }
 }
 
 }  // namespace

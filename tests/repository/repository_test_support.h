@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/runtime/crit.h"
 #include "host/component/info.h"
+#include "host/runtime/crit.h"
 #include "host/runtime/monitor.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/read_observer.h"
