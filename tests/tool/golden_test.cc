@@ -67,6 +67,8 @@ const GoldenCase CASES[] = {
     {"engine_temporal", "run --manual-time --script tests/tool/golden/engine_temporal.se", "", 0},
     {"engine_repository", "run --manual-time --script tests/tool/golden/engine_repository.se", "",
      1},
+    {"engine_database", "run --manual-time --trace 2 --script tests/tool/golden/engine_database.se",
+     "", 1},
 };
 
 // `text` with every @SVG@ replaced by `path`.
