@@ -69,6 +69,7 @@ const GoldenCase CASES[] = {
      1},
     {"engine_database", "run --manual-time --trace 2 --script tests/tool/golden/engine_database.se",
      "", 1},
+    {"engine_observer", "run --manual-time --script tests/tool/golden/engine_observer.se", "", 0},
 };
 
 // `text` with every @SVG@ replaced by `path`.
