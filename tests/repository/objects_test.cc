@@ -1,16 +1,14 @@
 // Constants, variables and expressions through the Repository: every text a
-// refused call returns (and that the refusal changes nothing), the life of
-// each kind of object, database names, client-made objects under taken or
-// free names, and the diagnostic rows.
+// refused call returns (and that the refusal changes nothing), and
+// client-made objects under taken or free names. (Each kind's life and
+// diagnostic rows are in the engine_repository golden transcript.)
 #include <gtest/gtest.h>
 
 #include <iterator>
-#include <tuple>
 
 #include "host/component/driver_repository.h"
 #include "repository/repository_test_support.h"
 #include "sysevent/repository/constant.h"
-#include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/variable.h"
 
@@ -76,77 +74,6 @@ TEST_F(Objects, EveryRefusalHasItsTextAndChangesNothing) {
     }
     VXPPtr<IDriver> driver;
     EXPECT_TRUE(DRIVER::GET_IF("var/" + N("bad"), driver).isErr());
-}
-
-TEST_F(Objects, EachKindReadsAsPublishedAndAVariableChangesAndGoes) {
-    ASSERT_OK(Repository::CREATE_CONSTANT(N("pi"), "circle", Value(3.25)));
-    ASSERT_OK(repo->createVariable(N("x"), "an x", U(7)));
-    ASSERT_OK(Repository::SET_VALUE(N("fresh"), Value(true)));  // made on the fly
-    expr("e", "2 * 21");
-    // A database name comes into being when it is looked up.
-    const String field = "db." + N("Port:1.mtu");
-    VXPPtr<IWrite> writable;
-    ASSERT_OK(Repository::GET(field, writable));
-    struct Case {
-        String name;
-        const char* type;
-        String description;
-        Value value;
-    };
-    const Case cases[] = {
-        {N("pi"), "constant", "circle", Value(3.25)},
-        {N("x"), "variable", "an x", U(7)},
-        {N("fresh"), "variable", "", Value(true)},
-        {N("e"), "expression", N("e") + " := 2 * 21", U(42)},
-        {field, "variable", "Database field", kNA},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name.c_str());
-        VXPPtr<IRead> object = readable(c.name);
-        ASSERT_TRUE(object);
-        EXPECT_EQ(object->getName(), c.name);
-        EXPECT_EQ(object->getType(), c.type);
-        EXPECT_EQ(object->getDescription(), c.description);
-        EXPECT_EQ(object->getValue(), c.value);
-        EXPECT_EQ(valueOf(c.name), c.value);
-    }
-    ASSERT_OK(writable->setValue(U(1500)));
-    EXPECT_EQ(valueOf(field), U(1500));
-
-    // A variable is a driver answering every interface but IExpression.
-    VXPPtr<IDriver> driver;
-    ASSERT_OK(DRIVER::GET_IF("var/" + N("x"), driver));
-    EXPECT_EQ(driver->getDID(), DID_Variable());
-    EXPECT_TRUE(driver->hasIf<INode>() && driver->hasIf<IRead>() && driver->hasIf<IWrite>());
-    EXPECT_TRUE(driver->hasIf<IInfo>());
-    EXPECT_FALSE(driver->hasIf<IExpression>());
-
-    // Creating an existing variable writes it and replaces its description.
-    VXPPtr<IRead> x = readable(N("x"));
-    RecordingObserver observer(readable(N("x")));
-    ASSERT_OK(repo->setValue(N("x"), Value("seven")));
-    ASSERT_OK(repo->createVariable(N("x"), "new", U(2)));
-    EXPECT_EQ(readable(N("x")).get(), x.get());
-    EXPECT_EQ(x->getDescription(), "new");
-    EXPECT_EQ(observer.newValues(), (std::vector<Value>{Value("seven"), U(2)}));
-
-    // So does writing under the name of a constant or an expression: the
-    // name shows the value until what it is bound to changes, and the
-    // object stays with the writer's description.
-    ASSERT_OK(repo->setValue(N("pi"), U(3)));
-    ASSERT_OK(repo->createVariable(N("e"), "forced", U(1)));
-    for (const auto& [name, value, type, description] :
-         {std::tuple{N("pi"), U(3), "constant", ""},
-          std::tuple{N("e"), U(1), "expression", "forced"}}) {
-        EXPECT_EQ(valueOf(name), value);
-        EXPECT_EQ(readable(name)->getType(), type);
-        EXPECT_EQ(readable(name)->getDescription(), description);
-    }
-
-    repo->destroyVariable(N("x"));
-    EXPECT_FALSE(exists(N("x")));
-    repo->destroy(N("x"));  // what is gone: no error, no change
-    EXPECT_FALSE(exists(N("x")));
 }
 
 TEST_F(Objects, ClientMadeObjectsUnderATakenNameAndAFreeOne) {
