@@ -64,6 +64,14 @@ const GoldenCase CASES[] = {
     {"replay", "run --manual-time --script tests/tool/golden/replay.se", "", 1},
     {"timeline", "run --manual-time --script tests/tool/golden/timeline.se --timeline @SVG@", "", 0,
      true},
+    // The engine's behaviour families, one transcript each.
+    {"engine_language", "run --manual-time --script tests/tool/golden/engine_language.se", "", 1},
+    {"engine_temporal", "run --manual-time --script tests/tool/golden/engine_temporal.se", "", 0},
+    {"engine_repository", "run --manual-time --script tests/tool/golden/engine_repository.se", "",
+     1},
+    {"engine_database", "run --manual-time --trace 2 --script tests/tool/golden/engine_database.se",
+     "", 1},
+    {"engine_observer", "run --manual-time --script tests/tool/golden/engine_observer.se", "", 0},
 };
 
 // `text` with every @SVG@ replaced by `path`.
