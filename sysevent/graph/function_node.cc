@@ -3,7 +3,9 @@
 // (requestUpdate) and recompute with its error and time screening.
 #include "sysevent/graph/function_node.h"
 
+#include <mutex>
 #include <new>
+#include <set>
 #include <unordered_set>
 
 #include "host/runtime/clock.h"
@@ -55,6 +57,18 @@ Value errorValueOf(const XCode& code) {
 
 [[gnu::noinline]] void setErrorValue(Value& v, DataSubType st) {
     v = Value(st);
+}
+
+// The one copy of a parameter text. There are as many distinct texts as
+// function factories, against one per node otherwise. Nodes are made from
+// any thread (tests build them without the engine lock), hence the mutex.
+// Never freed: nodes may outlive static destruction.
+const String* sharedParameterText(const String& text) {
+    if (text.isEmpty()) return &String::s_empty;
+    static std::mutex mutex;
+    static auto* texts = new std::set<String>();
+    std::lock_guard<std::mutex> held(mutex);
+    return &*texts->insert(text).first;
 }
 
 // A walk's stack: the first levels on the C stack, deeper ones on the heap.
@@ -128,8 +142,9 @@ const Event& FunctionNode::missingArgument() const {
 }
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
-    : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
-    m_name = String::Formatted("%s(%p)", functionName.c_str(), static_cast<const void*>(this));
+    : Node(String()),
+      m_functionName(functionName),
+      m_parameterText(sharedParameterText(parameterText)) {
     m_kind = KIND_FUNCTION;
     m_dirty = true;
 }
@@ -176,6 +191,16 @@ FunctionNode::~FunctionNode() {
     delete t_dueReleases;
     t_dueReleases = nullptr;
     t_releasing = false;
+}
+
+const String& FunctionNode::getName() const {
+    // Made when first asked for: few nodes are ever asked, and the text
+    // would be a heap block of its own in every one.
+    if (m_name.isEmpty()) {
+        const_cast<String&>(m_name) =
+            String::Formatted("%s(%p)", m_functionName.c_str(), static_cast<const void*>(this));
+    }
+    return m_name;
 }
 
 uint64_t FunctionNode::PENDING_UPDATES_IN_GRAPH() {
@@ -484,7 +509,7 @@ bool FunctionNode::recompute(bool force) {
     String argumentText;
 
     for (size_t i = 0; i < m_children.size(); ++i) {
-        const Event& e = m_children[i]->getLastEvent();
+        const Event& e = m_children[i]->currentEvent();
         if (withArgumentText) appendArgumentText(argumentText, i, e.value);
         if (!manualTime) {
             if (i == 0)

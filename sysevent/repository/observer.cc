@@ -170,6 +170,16 @@ void Observer::onValueDestroyed(IRead* object) {
 
 void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
                               const Value& newValue) {
+    // A published object notifies with its lock (the engine lock) held and
+    // keeps itself alive for the delivery, so the common case needs neither
+    // another reference nor another pass through the lock.
+    IRead* object = source.get();
+    if (!object) return;
+    VXLock* lock = object->getLock();
+    if (!lock || lock->isHeldByMe()) {
+        deliverChange(object->getName(), newValue);
+        return;
+    }
     String name;
     {
         VXLockPtr<IRead> held(source);
