@@ -1,8 +1,9 @@
 // Cost of the Repository's operations, all through formula text and public
 // calls: a value change observed through a chain of 1000 expressions, a
 // fan-out of 1000 observed expressions, and 10,000 unobserved expressions
-// over one variable; publishing 10,000 expressions (parse + publish); and
-// the memory one published expression takes (jemalloc's statistics).
+// over one variable; publishing 10,000 expressions (parse + publish);
+// re-setting the formula at the end of a long chain; and the memory one
+// published expression takes (jemalloc's statistics).
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -146,6 +147,35 @@ void BM_CreateExpressions(benchmark::State& state) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * count);
 }
 BENCHMARK(BM_CreateExpressions)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// Re-setting the formula of the last of `length` chained expressions, which
+// one more formula uses. Each re-binding asks whether the new formula closes
+// a cycle: the nodes below it are the whole chain, the nodes above it two.
+void BM_RebindUsedChainTail(benchmark::State& state) {
+    const unsigned length = static_cast<unsigned>(state.range(0));
+    const String context = String::Formatted("rebind%u", length);
+    static bool built = false;
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    if (!built) {
+        built = true;
+        check(repository->setValue(context + ".v", U(0)), "source");
+        check(repository->createExpression(context, "e1", "v + 1"), "head");
+        for (unsigned i = 2; i <= length; ++i) {
+            check(repository->createExpression(context, String::Formatted("e%u", i),
+                                               String::Formatted("e%u + 1", i - 1)),
+                  "link");
+        }
+        check(repository->createExpression(context, "user", String::Formatted("e%u", length)),
+              "user");
+    }
+    const String tail = String::Formatted("e%u", length);
+    const String texts[2] = {String::Formatted("e%u + 2", length - 1),
+                             String::Formatted("e%u + 1", length - 1)};
+    unsigned n = 0;
+    for (auto _ : state) check(repository->setExpression(context, tail, texts[n++ & 1]), "rebind");
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
+}
+BENCHMARK(BM_RebindUsedChainTail)->Arg(10000)->Unit(benchmark::kMicrosecond);
 
 #ifdef SYSEVENT_WITH_JEMALLOC
 // Memory per published expression: `count` expressions, each with a formula

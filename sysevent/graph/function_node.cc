@@ -3,10 +3,11 @@
 // (requestUpdate) and recompute with its error and time screening.
 #include "sysevent/graph/function_node.h"
 
+#include <cstdint>
 #include <mutex>
 #include <new>
 #include <set>
-#include <unordered_set>
+#include <vector>
 
 #include "host/runtime/clock.h"
 #include "host/runtime/log.h"
@@ -125,6 +126,82 @@ struct ReadFrame {
     size_t next;  // the next child to bring up to date
 };
 
+// One graph walk that visits each node once: the nodes still to expand,
+// and the set of nodes reached so far, an open-addressed table of pointers.
+// A walk never calls out of the graph, so two per thread serve every cycle
+// check; their memory is kept between checks unless a walk grew them large.
+class NodeWalk {
+public:
+    static NodeWalk& scratch(int which = 0) {
+        thread_local NodeWalk s_walks[2];
+        return s_walks[which];
+    }
+    void start(const Node* from) {
+        m_toExpand.clear();
+        reach(from);
+    }
+    // Queues `n` for expansion unless it was reached before.
+    void reach(const Node* n) {
+        if ((m_count + 1) * 2 > m_slots.size()) grow();
+        size_t i = slotOf(n);
+        while (m_slots[i]) {
+            if (m_slots[i] == n) return;
+            i = (i + 1) & (m_slots.size() - 1);
+        }
+        m_slots[i] = n;
+        m_used.push_back(static_cast<uint32_t>(i));
+        ++m_count;
+        m_toExpand.push_back(n);
+    }
+    // The next node to expand; null when the closure is exhausted.
+    const Node* next() {
+        if (m_toExpand.empty()) return nullptr;
+        const Node* n = m_toExpand.back();
+        m_toExpand.pop_back();
+        return n;
+    }
+    // Forgets the walk and returns `answer`.
+    bool done(bool answer) {
+        if (m_slots.size() > kKeptSlots) {
+            m_slots = {};
+            m_used = {};
+            m_toExpand = {};
+        } else {
+            for (uint32_t i : m_used) m_slots[i] = nullptr;
+            m_used.clear();
+            m_toExpand.clear();
+        }
+        m_count = 0;
+        return answer;
+    }
+
+private:
+    static constexpr size_t kKeptSlots = 4096;
+
+    size_t slotOf(const Node* n) const {
+        const auto h =
+            static_cast<uint64_t>(reinterpret_cast<uintptr_t>(n)) * 0x9E3779B97F4A7C15ull;
+        return static_cast<size_t>(h >> 32) & (m_slots.size() - 1);
+    }
+    void grow() {
+        std::vector<const Node*> old(m_slots.size() ? m_slots.size() * 2 : 64, nullptr);
+        old.swap(m_slots);
+        m_used.clear();
+        for (const Node* n : old) {
+            if (!n) continue;
+            size_t i = slotOf(n);
+            while (m_slots[i]) i = (i + 1) & (m_slots.size() - 1);
+            m_slots[i] = n;
+            m_used.push_back(static_cast<uint32_t>(i));
+        }
+    }
+
+    std::vector<const Node*> m_slots;  // null: free
+    std::vector<uint32_t> m_used;      // occupied slots, for a cheap reset
+    std::vector<const Node*> m_toExpand;
+    size_t m_count = 0;
+};
+
 // Nodes whose release is due, while a release is running on this thread:
 // a dying child queues its own children here instead of releasing them from
 // inside its destructor, so that releasing a long chain nests nothing. Made
@@ -157,6 +234,19 @@ FunctionNode::FunctionNode(const String& functionName, const String& parameterTe
     : Node(String()),
       m_functionName(functionName),
       m_parameterText(sharedParameterText(parameterText)) {
+    // "%s(%p)" as the C library prints it, without the formatter: every
+    // function node of every parse is named, most of them only to be
+    // dropped again for a shared one.
+    char address[2 + 2 * sizeof(void*) + 2];
+    char* end = address + sizeof address;
+    char* p = end;
+    *--p = ')';
+    for (auto a = reinterpret_cast<uintptr_t>(this); a; a >>= 4) *--p = "0123456789abcdef"[a & 15];
+    *--p = 'x';
+    *--p = '0';
+    *--p = '(';
+    m_name = functionName;
+    m_name += String(p, static_cast<size_t>(end - p));
     m_kind = KIND_FUNCTION;
     m_dirty = true;
 }
@@ -275,18 +365,15 @@ bool FunctionNode::isDescendant(Node* n) const {
     // Reachability over the children's closure. Iterative, and visiting each
     // shared node once: a walk of every path would be exponential in graphs
     // where names are used twice by the next expression up (IF(a>0,a,0)).
-    VXVector<const FunctionNode*> toVisit{this};
-    std::unordered_set<const FunctionNode*> visited;
-    while (!toVisit.empty()) {
-        const FunctionNode* f = toVisit.back();
-        toVisit.pop_back();
-        for (const VXLWPtr<Node>& child : f->m_children) {
-            if (child.get() == n) return true;
-            const auto* fc = dynamic_cast<const FunctionNode*>(child.get());
-            if (fc && !fc->m_children.empty() && visited.insert(fc).second) toVisit.push_back(fc);
+    NodeWalk& walk = NodeWalk::scratch();
+    walk.start(this);
+    while (const Node* f = walk.next()) {
+        for (const VXLWPtr<Node>& child : static_cast<const FunctionNode*>(f)->m_children) {
+            if (child.get() == n) return walk.done(true);
+            if (child->m_kind != KIND_PLAIN) walk.reach(child.get());
         }
     }
-    return false;
+    return walk.done(false);
 }
 
 void FunctionNode::requestUpdate() {
@@ -334,12 +421,38 @@ bool FunctionNode::forceRecompute() {
 }
 
 bool FunctionNode::wouldCloseCycle(Node* child) const {
-    // This node lies below `child` only if some path leads up from it, so a
-    // node without parents (every node the parser is still building) skips
-    // the walk of child's subtree, which would make building a deep
-    // expression quadratic.
-    return child == this ||
-           (!m_parents.empty() && child->isDescendant(const_cast<FunctionNode*>(this)));
+    if (child == this) return true;
+    // Nothing lies below a plain child, and nothing above a node without
+    // parents (every node the parser is still building).
+    if (child->m_kind == KIND_PLAIN || m_parents.empty()) return false;
+    // This node lies below `child` exactly when `child` lies above it. Both
+    // walks answer the question, so they take turns, one node each, and the
+    // first to run out of nodes answers no: the check costs about twice the
+    // smaller of the two closures. That keeps re-targeting a name used by
+    // many formulas (many nodes above, few below the new target) as cheap as
+    // binding the tail of a long chain (few above, many below).
+    NodeWalk& down = NodeWalk::scratch();
+    NodeWalk& up = NodeWalk::scratch(1);
+    const auto answer = [&](bool closes) {
+        down.done(closes);
+        return up.done(closes);
+    };
+    down.start(child);
+    up.start(this);
+    while (true) {
+        const Node* u = up.next();
+        if (!u) return answer(false);
+        for (FunctionNode* p : u->m_parents) {
+            if (p == child) return answer(true);
+            up.reach(p);
+        }
+        const Node* d = down.next();
+        if (!d) return answer(false);
+        for (const VXLWPtr<Node>& c : static_cast<const FunctionNode*>(d)->m_children) {
+            if (c.get() == this) return answer(true);
+            if (c->m_kind != KIND_PLAIN) down.reach(c.get());
+        }
+    }
 }
 
 XCode FunctionNode::addChild(Node* child) {

@@ -2,6 +2,7 @@
 // symbols) and the queue operations.
 #include "sysevent/language/lexer.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
@@ -35,6 +36,10 @@ XCode failure(const char* fmt, int number) {
     rc.setStringF(fmt, number);
     return rc;
 }
+
+// Texts up to this length are read whole by start(): their tokens fit in
+// some tens of kilobytes.
+constexpr size_t kWholeStartLength = 1024;
 
 // The characters a date or time-of-day scan can read, and how many of them
 // it is shown at most.
@@ -110,6 +115,21 @@ XCode Lexer::start(const String& text) {
     m_text = text;
     m_tokens.clear();
     m_queue.clear();
+    if (text.length() <= kWholeStartLength) {
+        // The tokens of a short text take little room: read them in the
+        // pass that checks them, instead of reading the text twice.
+        m_mode = Mode::OnDemand;
+        m_finished = true;
+        m_position = 0;
+        do {
+            if (XCode rc = readToken(m_position); rc.isErr()) {
+                m_queue.clear();
+                return rc;
+            }
+        } while (m_queue.back().type != TT_END);
+        std::reverse(m_queue.begin(), m_queue.end());
+        return XCode();
+    }
     // One pass that keeps nothing finds the first error; reading for the
     // reader then cannot fail.
     m_mode = Mode::Check;
@@ -176,6 +196,26 @@ XCode Lexer::readName(size_t& pos) {
 XCode Lexer::readNumber(size_t& pos) {
     const size_t start = pos;
     const char* rest = m_text.c_str() + start;
+
+    // Most numbers in formulas are short decimal integers. One that no
+    // letter, '.', '-' or ':' follows cannot be read as a date, a time, a
+    // float or a duration, and unless it has a leading 0 (octal to the
+    // integer reader) and unless it could overflow, every reader below
+    // would take exactly its digits: read it directly.
+    if (rest[0] != '0' || !isDigit(rest[1])) {
+        unsigned long long u = 0;
+        size_t digits = 0;
+        while (digits < 20 && isDigit(rest[digits])) {
+            u = u * 10 + static_cast<unsigned>(rest[digits] - '0');
+            ++digits;
+        }
+        const char after = rest[digits];
+        if (digits <= 19 && !isAlnum(after) && after != '.' && after != '-' && after != ':') {
+            pos += digits;
+            append(TT_NUMBER, Value(u), start);
+            return XCode();
+        }
+    }
 
     // A full date-time, as the calendar reads it.
     VX::Clock clock;

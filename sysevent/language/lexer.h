@@ -27,11 +27,12 @@ public:
     // "<number>: <what>" and leaves the queue empty; nothing after the first
     // error is read.
     XCode analyze(const String& text);
-    // Checks the whole text as analyze() does, keeping no token, and returns
-    // the same error. On success the queue is read on demand: it holds the
-    // next token only, and taking it reads the one after; tokens() stays
-    // empty. So a reader that stops early never pays for the tokens it did
-    // not take.
+    // Checks the whole text as analyze() does and returns the same error.
+    // On success the queue is read as by analyze(), but tokens() stays
+    // empty; beyond a short text, the check keeps no token and the queue is
+    // read on demand: it holds the next token only, and taking it reads the
+    // one after. So a reader that stops early in a long text never pays for
+    // the tokens it did not take.
     XCode start(const String& text);
 
     const String& text() const { return m_text; }

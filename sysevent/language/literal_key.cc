@@ -1,6 +1,7 @@
 // LITERAL_KEY: exact, readable sharing keys for literals.
 #include "sysevent/language/literal_key.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 
@@ -22,6 +23,13 @@ String floatKey(double d) {
 }  // namespace
 
 String LITERAL_KEY(const Value& v) {
+    if (v.subtype == DST_UINT) {
+        // The display text, without the formatter: most literals are
+        // integers, and their key is built once per literal in every parse.
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, v.data.uint).ptr;
+        return String(digits, static_cast<size_t>(end - digits));
+    }
     if (v.subtype == DST_FLP) return floatKey(v.data.flp);
     if (v.subtype == DST_STRING && v.data.string.indexOf('\0') >= 0) {
         return "'" + v.data.string + "'";
