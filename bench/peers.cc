@@ -27,10 +27,7 @@
 #include <string>
 #include <vector>
 
-#ifdef SYSEVENT_WITH_JEMALLOC
-#include <jemalloc/jemalloc.h>
-#endif
-
+#include "support/allocated_bytes.h"
 #include "sysevent/sysevent.h"
 
 namespace {
@@ -519,16 +516,6 @@ void attempt(const char* workload, const std::function<Stats()>& fn, const char*
 }
 
 #ifdef SYSEVENT_WITH_JEMALLOC
-size_t allocatedBytes() {
-    mallctl("thread.tcache.flush", nullptr, nullptr, nullptr, 0);
-    uint64_t epoch = 1;
-    size_t size = sizeof(epoch);
-    mallctl("epoch", &epoch, &size, &epoch, size);
-    size_t allocated = 0;
-    size = sizeof(allocated);
-    mallctl("stats.allocated", &allocated, &size, nullptr, 0);
-    return allocated;
-}
 // Bytes per published expression "mem.src + 1" under a name of its own,
 // 100,000 of them; median of 3 fresh graphs.
 double bytesPerExpression() {

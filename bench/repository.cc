@@ -10,11 +10,8 @@
 #include <cstdlib>
 #include <vector>
 
-#ifdef SYSEVENT_WITH_JEMALLOC
-#include <jemalloc/jemalloc.h>
-#endif
-
 #include "host/runtime/crit.h"
+#include "support/allocated_bytes.h"
 #include "sysevent/repository/read_observer.h"
 #include "sysevent/repository/repository.h"
 
@@ -181,18 +178,6 @@ void BM_RebindUsedChainTail(benchmark::State& state) {
 BENCHMARK(BM_RebindUsedChainTail)->Arg(10000)->Unit(benchmark::kMicrosecond);
 
 #ifdef SYSEVENT_WITH_JEMALLOC
-// Bytes currently allocated by the process.
-size_t allocatedBytes() {
-    mallctl("thread.tcache.flush", nullptr, nullptr, nullptr, 0);
-    uint64_t epoch = 1;
-    size_t size = sizeof(epoch);
-    mallctl("epoch", &epoch, &size, &epoch, size);
-    size_t allocated = 0;
-    size = sizeof(allocated);
-    mallctl("stats.allocated", &allocated, &size, nullptr, 0);
-    return allocated;
-}
-
 // Memory per published expression: `count` expressions, each with a formula
 // of its own (range 1 = 1: new proxy, function node and literal each) or all
 // with the same formula text (range 1 = 0: the function node is shared).

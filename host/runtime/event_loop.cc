@@ -5,10 +5,12 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <exception>
 #include <utility>
 #include <vector>
 
 #include "host/runtime/crit.h"
+#include "host/runtime/log.h"
 #include "host/runtime/manual_time.h"
 
 namespace {
@@ -131,7 +133,16 @@ bool VXEventLoop::runPostedLocked(std::unique_lock<std::mutex>& guard) {
     posted_.pop_front();
     handlerThread_ = std::this_thread::get_id();
     guard.unlock();
-    call();
+    // A posted call is client code (a queued Observer callback, say): what it
+    // throws is reported and ends here, so that the loop's thread lives on
+    // and the calls queued after it still run.
+    try {
+        call();
+    } catch (const std::exception& e) {
+        SYSEVENT_LOG(0, "[event loop] Queued callback failed: %s", e.what());
+    } catch (...) {
+        SYSEVENT_LOG(0, "[event loop] Queued callback failed");
+    }
     call = nullptr;  // its captures are released outside mutex_
     guard.lock();
     handlerThread_ = std::thread::id();

@@ -56,14 +56,16 @@ public:
     using Callable = std::function<R(Args...)>;
 
     bool hasCallable() const { return static_cast<bool>(callable_); }
-    // Delivers one call as the implementation's kind prescribes.
-    virtual R call(Args... args) = 0;
+    // Delivers one call as the implementation's kind prescribes. The
+    // arguments were copied once by Function; from here on they are passed
+    // on, not copied again at every layer.
+    virtual R call(Args&&... args) = 0;
     // Only queued delivery has calls pending; the others ignore it.
     virtual void setDontCancelOnDestruction(bool) {}
 
 protected:
     explicit FunctionImpl(Callable callable) : callable_(std::move(callable)) {}
-    R invoke(Args... args) {
+    R invoke(Args&&... args) {
         if (!callable_) return R();
         return callable_(std::forward<Args>(args)...);
     }
@@ -79,7 +81,7 @@ class FunctionImplDirect<R(Args...)> final : public FunctionImpl<R(Args...)> {
 public:
     explicit FunctionImplDirect(typename FunctionImpl<R(Args...)>::Callable callable)
         : FunctionImpl<R(Args...)>(std::move(callable)) {}
-    R call(Args... args) override { return this->invoke(std::forward<Args>(args)...); }
+    R call(Args&&... args) override { return this->invoke(std::forward<Args>(args)...); }
 };
 
 // The host lock bound to an event loop that a synchronous call holds: the
@@ -103,7 +105,7 @@ class FunctionImplSync<R(Args...)> final : public FunctionImpl<R(Args...)> {
 public:
     FunctionImplSync(VXEventLoop& loop, typename FunctionImpl<R(Args...)>::Callable callable)
         : FunctionImpl<R(Args...)>(std::move(callable)), sync_(loop) {}
-    R call(Args... args) override {
+    R call(Args&&... args) override {
         std::lock_guard<FunctionEventSync> held(sync_);
         return this->invoke(std::forward<Args>(args)...);
     }
@@ -146,7 +148,7 @@ public:
         dropped.swap(queue_->calls);
     }
 
-    R call(Args... args) override {
+    R call(Args&&... args) override {
         {
             std::lock_guard<std::mutex> guard(queue_->mutex);
             queue_->calls.push_back(

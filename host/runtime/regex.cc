@@ -1,19 +1,36 @@
 // VXRegEx on PCRE2 (8-bit code units, no UTF: names are byte strings).
 #include "host/runtime/regex.h"
 
+#include <memory>
+
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
+
+namespace {
+
+// PCRE2's objects until a Pattern or Matcher owns them: making the owner can
+// run out of memory, and the object must not leak then.
+struct FreeCode {
+    void operator()(pcre2_code* code) const { pcre2_code_free(code); }
+};
+struct FreeMatchData {
+    void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
+};
+
+}  // namespace
 
 VXPtr<VXRegEx::Pattern> VXRegEx::COMPILE_EXPRESSION(const String& text) {
     int error = 0;
     PCRE2_SIZE offset = 0;
-    pcre2_code* code = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(text.data()), text.length(), 0,
-                                     &error, &offset, nullptr);
+    std::unique_ptr<pcre2_code, FreeCode> code(pcre2_compile(
+        reinterpret_cast<PCRE2_SPTR>(text.data()), text.length(), 0, &error, &offset, nullptr));
     if (!code) return nullptr;
     // Just-in-time compilation only speeds matching up; without it (not
     // supported on this machine, or out of memory) the interpreter runs.
-    pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);
-    return VXPtr<Pattern>(new Pattern(text, code));
+    pcre2_jit_compile(code.get(), PCRE2_JIT_COMPLETE);
+    VXPtr<Pattern> pattern(new Pattern(text, code.get()));
+    code.release();
+    return pattern;
 }
 
 VXRegEx::Pattern::~Pattern() {
@@ -36,9 +53,12 @@ bool VXRegEx::Pattern::match(const String& text) const {
 }
 
 VXPtr<VXRegEx::Matcher> VXRegEx::Pattern::createMatcher(const String& text) const {
-    pcre2_match_data* data = pcre2_match_data_create_from_pattern(code_, nullptr);
+    std::unique_ptr<pcre2_match_data, FreeMatchData> data(
+        pcre2_match_data_create_from_pattern(code_, nullptr));
     if (!data) return nullptr;
-    return VXPtr<Matcher>(new Matcher(*this, text, data));
+    VXPtr<Matcher> matcher(new Matcher(*this, text, data.get()));
+    data.release();
+    return matcher;
 }
 
 VXRegEx::Matcher::Matcher(const Pattern& pattern, const String& text, pcre2_match_data* data)

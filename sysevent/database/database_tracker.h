@@ -13,6 +13,10 @@
 // manager, calls startTracking and stopTracking, and forwards each database
 // notification to onDatabaseEvent, all from one thread. The tracker has no
 // lock of its own; it writes variables holding their lock (the engine lock).
+// Lock order: the engine lock before the database's. The tracker opens its
+// transactions with or without the engine lock held (its callers may hold
+// it), and never takes the engine lock inside one; a caller that reads the
+// database must end its transaction before it asks the engine.
 // Log lines go to MON at level 2.
 #pragma once
 

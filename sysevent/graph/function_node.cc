@@ -4,7 +4,9 @@
 #include "sysevent/graph/function_node.h"
 
 #include <cstdint>
+#include <mutex>
 #include <new>
+#include <set>
 #include <vector>
 
 #include "host/runtime/clock.h"
@@ -14,6 +16,13 @@
 #include "sysevent/graph/proxy_repository.h"
 
 namespace VX::SysEvent {
+
+// A propagation line, written only when `traced` (LOG_ADMITS(3), asked once
+// per step) says the monitor takes it: untraced, a step pays one check.
+#define TRACE_STEP(...)                           \
+    do {                                          \
+        if (traced) SYSEVENT_LOG(3, __VA_ARGS__); \
+    } while (0)
 
 namespace {
 
@@ -58,6 +67,18 @@ Value errorValueOf(const XCode& code) {
     v = Value(st);
 }
 
+// The one copy of a parameter text. There are as many distinct texts as
+// function factories, against one per node otherwise. Nodes are made from
+// any thread (tests build them without the engine lock), hence the mutex.
+// Never freed: nodes may outlive static destruction.
+const String* sharedParameterText(const String& text) {
+    if (text.isEmpty()) return &String::s_empty;
+    static std::mutex mutex;
+    static auto* texts = new std::set<String>();
+    std::lock_guard<std::mutex> held(mutex);
+    return &*texts->insert(text).first;
+}
+
 // A walk's stack: the first levels on the C stack, deeper ones on the heap.
 // Each walk has its own, so a walk started from inside another (an observer
 // reading a value) leaves the outer one's frames alone.
@@ -65,10 +86,14 @@ template <typename Frame>
 class WalkStack {
 public:
     void push(const Frame& f) {
-        if (m_size < INLINE)
+        if (m_size < INLINE) {
             m_inline[m_size] = f;
-        else
+        } else {
+            // A walk that leaves the inline frames is a long one: grow in
+            // few large steps rather than doubling from one frame.
+            if (m_spill.capacity() == 0) m_spill.reserve(SPILL);
             m_spill.push_back(f);
+        }
         ++m_size;
     }
     Frame& top() { return m_size <= INLINE ? m_inline[m_size - 1] : m_spill.back(); }
@@ -80,6 +105,7 @@ public:
 
 private:
     static constexpr size_t INLINE = 16;
+    static constexpr size_t SPILL = 256;
     Frame m_inline[INLINE];
     std::vector<Frame> m_spill;
     size_t m_size = 0;
@@ -205,7 +231,9 @@ const Event& FunctionNode::missingArgument() const {
 }
 
 FunctionNode::FunctionNode(const String& functionName, const String& parameterText)
-    : Node(String()), m_functionName(functionName), m_parameterText(parameterText) {
+    : Node(String()),
+      m_functionName(functionName),
+      m_parameterText(sharedParameterText(parameterText)) {
     // "%s(%p)" as the C library prints it, without the formatter: every
     // function node of every parse is named, most of them only to be
     // dropped again for a shared one.
@@ -265,6 +293,16 @@ FunctionNode::~FunctionNode() {
     delete t_dueReleases;
     t_dueReleases = nullptr;
     t_releasing = false;
+}
+
+const String& FunctionNode::getName() const {
+    // Made when first asked for: few nodes are ever asked, and the text
+    // would be a heap block of its own in every one.
+    if (m_name.isEmpty()) {
+        const_cast<String&>(m_name) =
+            String::Formatted("%s(%p)", m_functionName.c_str(), static_cast<const void*>(this));
+    }
+    return m_name;
 }
 
 uint64_t FunctionNode::PENDING_UPDATES_IN_GRAPH() {
@@ -458,36 +496,38 @@ bool FunctionNode::shallBeUpdated() {
 }
 
 FunctionNode::AskStep FunctionNode::beginAsk() {
-    SYSEVENT_LOG(3, "[%s] Shall be updated?", getLogName().c_str());
+    const bool traced = LOG_ADMITS(3);
+    TRACE_STEP("[%s] Shall be updated?", getLogName().c_str());
     if (m_dirty) return ANSWER_NO;
-    SYSEVENT_LOG(3, "[%s]   Not dirty", getLogName().c_str());
+    TRACE_STEP("[%s]   Not dirty", getLogName().c_str());
 
     if (m_pendingUpdates > 0) {
         // Reached again along another path: our parents were asked already.
-        SYSEVENT_LOG(3, "[%s]   yes, we already know", getLogName().c_str());
+        TRACE_STEP("[%s]   yes, we already know", getLogName().c_str());
         ++m_pendingUpdates;
         ++s_pendingUpdatesInGraph;
-        SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
+        TRACE_STEP("[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
         return ANSWER_YES;
     }
 
     const bool interested = m_interestCount > 0;
     if (interested)
-        SYSEVENT_LOG(3, "[%s]   yes, because there are %u interests", getLogName().c_str(),
-                     m_interestCount);
+        TRACE_STEP("[%s]   yes, because there are %u interests", getLogName().c_str(),
+                   m_interestCount);
     m_updatingParents.clear();
     return interested ? ASK_PARENTS_INTERESTED : ASK_PARENTS;
 }
 
 bool FunctionNode::finishAsk(bool interested) {
+    const bool traced = LOG_ADMITS(3);
     if (!interested) {
         setDirty(true);
-        SYSEVENT_LOG(3, "[%s]   no; marked dirty", getLogName().c_str());
+        TRACE_STEP("[%s]   no; marked dirty", getLogName().c_str());
         return false;
     }
     ++m_pendingUpdates;
     ++s_pendingUpdatesInGraph;
-    SYSEVENT_LOG(3, "[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
+    TRACE_STEP("[%s]   %u updates pending", getLogName().c_str(), m_pendingUpdates);
     return true;
 }
 
@@ -516,8 +556,7 @@ bool FunctionNode::ASK(FunctionNode* start) {
             const AskStep step = p->beginAsk();
             if (step == ANSWER_YES) {
                 n->m_updatingParents.push_back(p);
-                SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
-                             n->getLogName().c_str());
+                TRACE_STEP("[%s]   yes, because a parent is interested", n->getLogName().c_str());
                 f.interested = true;
             } else if (step != ANSWER_NO) {
                 push(p, step);
@@ -531,8 +570,8 @@ bool FunctionNode::ASK(FunctionNode* start) {
         } else if (yes) {
             AskFrame& below = stack.top();
             below.node->m_updatingParents.push_back(n);
-            SYSEVENT_LOG(3, "[%s]   yes, because a parent is interested",
-                         below.node->getLogName().c_str());
+            TRACE_STEP("[%s]   yes, because a parent is interested",
+                       below.node->getLogName().c_str());
             below.interested = true;
         }
     }
@@ -544,25 +583,26 @@ void FunctionNode::update(bool changed) {
 }
 
 bool FunctionNode::receiveUpdate(bool changed, bool& result) {
-    SYSEVENT_LOG(3, "[%s] update, child value %s changed", getLogName().c_str(),
-                 changed ? "has" : "has not");
+    const bool traced = LOG_ADMITS(3);
+    TRACE_STEP("[%s] update, child value %s changed", getLogName().c_str(),
+               changed ? "has" : "has not");
     --m_pendingUpdates;
     --s_pendingUpdatesInGraph;
     if (changed) ++m_changedUpdates;
     if (m_pendingUpdates > 0) {
-        SYSEVENT_LOG(3, "[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
-                     m_pendingUpdates);
+        TRACE_STEP("[%s]   no recomputation yet, %u updates pending", getLogName().c_str(),
+                   m_pendingUpdates);
         return false;
     }
     result = false;
     if (m_changedUpdates > 0) {
-        SYSEVENT_LOG(3, "[%s]   recomputation required (%u updates with value changes)",
-                     getLogName().c_str(), m_changedUpdates);
+        TRACE_STEP("[%s]   recomputation required (%u updates with value changes)",
+                   getLogName().c_str(), m_changedUpdates);
         m_changedUpdates = 0;
         result = recompute(false);
     } else {
-        SYSEVENT_LOG(3, "[%s]   no recomputation required (no update with value change)",
-                     getLogName().c_str());
+        TRACE_STEP("[%s]   no recomputation required (no update with value change)",
+                   getLogName().c_str());
     }
     return true;
 }
@@ -592,6 +632,15 @@ void FunctionNode::DELIVER(FunctionNode* start, bool changed) {
 }
 
 bool FunctionNode::recompute(bool force) {
+    // A name's node takes its target's event as it stands, times included;
+    // unless the line below is traced, or the target is an error or
+    // undefined (screened into an error without times), that needs none of
+    // the screening and no result of its own.
+    if (m_kind == KIND_PROXY && !LOG_ADMITS(3)) {
+        const Event& target = m_children[0]->currentEvent();
+        if (!target.value.isError() && target.value.getDataType() != DT_UNDEF)
+            return force ? triggerEvent(target) : storeEvent(target);
+    }
     Event result;
     const bool manualErrors = handlesErrorsManually();
     const bool manualTime = handlesTimeManually();
@@ -599,7 +648,7 @@ bool FunctionNode::recompute(bool force) {
     String argumentText;
 
     for (size_t i = 0; i < m_children.size(); ++i) {
-        const Event& e = m_children[i]->getLastEvent();
+        const Event& e = m_children[i]->currentEvent();
         if (withArgumentText) appendArgumentText(argumentText, i, e.value);
         if (!manualTime) {
             if (i == 0)
@@ -622,5 +671,7 @@ bool FunctionNode::recompute(bool force) {
     if (LOG_ADMITS(3)) traceRecompute(*this, argumentText, result);
     return force ? triggerEvent(result) : storeEvent(result);
 }
+
+#undef TRACE_STEP
 
 }  // namespace VX::SysEvent

@@ -49,6 +49,8 @@ public:
 
     // Node: see node.h. FunctionNode::addInterest also recomputes a dirty node.
     void addInterest() override;
+    // "FN(address)".
+    const String& getName() const override;
     // FN(child,child,...) of the children's normalized expressions, no blanks.
     String getNormalizedExpression() const override;
     // Clears the dirty flag, then stores and propagates like Node.
@@ -110,7 +112,7 @@ public:
     virtual void describeState(VXVector<FunctionState>& out) const { (void)out; }
 
     const String& getFunctionName() const { return m_functionName; }
-    const String& getParameterText() const { return m_parameterText; }
+    const String& getParameterText() const { return *m_parameterText; }
     const VXVector<VXLWPtr<Node>>& getChildren() const { return m_children; }
     unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
     // Child `i` (i < getChildCount()).
@@ -121,7 +123,7 @@ public:
     // is not there gives an undefined event and makes the computation's
     // result "#VAL!", whatever compute returns.
     const Event& getArgumentEvent(unsigned i) const {
-        if (i < m_children.size()) return m_children[i]->getLastEvent();
+        if (i < m_children.size()) return m_children[i]->currentEvent();
         return missingArgument();
     }
     const Value& getArgument(unsigned i) const { return getArgumentEvent(i).value; }
@@ -146,7 +148,9 @@ protected:
     void setDirty(bool dirty);
 
     String m_functionName;
-    String m_parameterText;
+    // Kept once per distinct text for the process: every node of one
+    // function shares its factory's text.
+    const String* m_parameterText;
     VXVector<VXLWPtr<Node>> m_children;
     // Set when the running compute read an argument that is not there.
     mutable bool m_argumentMissing = false;

@@ -83,6 +83,13 @@ public:
 
     // The value of getLastEvent().
     const Value& getValue() const { return getLastEvent().value; }
+    // getLastEvent() as the graph's own reads take it: a node that is not
+    // dirty has nothing to bring up to date, so its stored event is read
+    // without a call.
+    const Event& currentEvent() const {
+        if (m_dirty) return getLastEvent();
+        return m_lastEvent;
+    }
     // The last event as stored, without bringing a dirty node up to date.
     const Event& peekLastEvent() const { return m_lastEvent; }
 

@@ -18,7 +18,7 @@ XCode ProxyNode::verifyArguments() {
 }
 
 XCode ProxyNode::compute(Event& result) {
-    result = getChild(0)->getLastEvent();
+    result = getChild(0)->currentEvent();
     return XCode();
 }
 

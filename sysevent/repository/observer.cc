@@ -81,6 +81,10 @@ Observer::~Observer() {
     VXAutoLock engine(LOCK());
     removeFromDriverRepository();
     removeFromAll();
+    // A callable destroying its own Observer: every running call learns that
+    // it must not touch the Observer any more.
+    for (Delivery* d = m_delivery; d; d = d->outer) d->destroyed = true;
+    retireValueChangeCallback();
     // Release the callbacks while the engine lock is still held: a queued
     // call that the engine's loop is about to take then either ran already or
     // finds its queue emptied, and never starts after this returns.
@@ -90,7 +94,15 @@ Observer::~Observer() {
 
 void Observer::setValueChangeCallback(ValueChangeCallback onValueChange) {
     VXAutoLock engine(LOCK());
+    retireValueChangeCallback();
     m_valueChangeCallback = std::move(onValueChange);
+}
+
+void Observer::retireValueChangeCallback() {
+    if (!m_delivery) return;
+    Delivery* outermost = m_delivery;
+    while (outermost->outer) outermost = outermost->outer;
+    outermost->retired.push_back(m_valueChangeCallback);
 }
 
 void Observer::setDestroyCallback(DestroyCallback onDestroy) {
@@ -170,6 +182,16 @@ void Observer::onValueDestroyed(IRead* object) {
 
 void Observer::onValueChanged(VXPPtr<IRead>& source, const Value& /*oldValue*/,
                               const Value& newValue) {
+    // A published object notifies with its lock (the engine lock) held and
+    // keeps itself alive for the delivery, so the common case needs neither
+    // another reference nor another pass through the lock.
+    IRead* object = source.get();
+    if (!object) return;
+    VXLock* lock = object->getLock();
+    if (!lock || lock->isHeldByMe()) {
+        deliverChange(object->getName(), newValue);
+        return;
+    }
     String name;
     {
         VXLockPtr<IRead> held(source);
@@ -187,9 +209,19 @@ void Observer::notifyValueDestroyed(const String& name) {
 }
 
 void Observer::notifyValueChanged(const String& name, const Value& value) {
-    ValueChangeCallback callback = m_valueChangeCallback;
-    if (!callback.hasCallable()) return;
-    callback(name, value);
+    if (!m_valueChangeCallback.hasCallable()) return;
+    // Unwinds also when the callable throws (the caller catches).
+    struct Running {
+        Observer* self;
+        Delivery delivery;
+        explicit Running(Observer* o) : self(o), delivery{o->m_delivery, false, {}} {
+            o->m_delivery = &delivery;
+        }
+        ~Running() {
+            if (!delivery.destroyed) self->m_delivery = delivery.outer;
+        }
+    } running(this);
+    m_valueChangeCallback(name, value);
 }
 
 XCode Observer::onDriverAdded(String& /*driverName*/, VXPPtr<IDriverRepository>& /*repository*/,

@@ -118,9 +118,22 @@ private:
     // object (it is dying, or its registrations are gone already).
     void forget(IRead* object);
 
+    // One running call of the value-change callback. The callback is called
+    // in place, not through a counted copy; a callable that replaces it, or
+    // destroys this Observer, while it runs leaves the implementation with
+    // the outermost running call, which releases it after it returns.
+    struct Delivery {
+        Delivery* outer;
+        bool destroyed = false;
+        VXVector<ValueChangeCallback> retired;  // outermost call only
+    };
+    // Keeps the current value-change callback alive until no call runs.
+    void retireValueChangeCallback();
+
     // Both guarded by the engine lock.
     DestroyCallback m_destroyCallback;
     ValueChangeCallback m_valueChangeCallback;
+    Delivery* m_delivery = nullptr;  // the innermost running call
     // Every pattern given to addTo(String, bool), with its notifyNow flag and
     // its compiled form (null when it does not compile): objects appear far
     // more often than patterns are added, so each pattern is compiled once.

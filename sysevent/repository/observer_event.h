@@ -5,9 +5,9 @@
 //
 // Each observer receives its own copy; reading one copy never disturbs
 // another. A change is copied once per observer, so the first Values written
-// stay Values (no bytes, no buffer of their own to copy on read) until a
-// reader asks for the bytes with getPayload(), which then holds exactly what
-// a fully marshalled event would hold.
+// stay Values (no bytes, no buffer at all) until a reader asks for the bytes
+// with getPayload(), which then holds exactly what a fully marshalled event
+// would hold.
 #pragma once
 
 #include <cstddef>
@@ -30,11 +30,11 @@ public:
     VXPPtr<T>& getSource() { return m_source; }
     VXMarshaller& getPayload() {
         marshalHeld();
-        return m_payload;
+        return payload();
     }
     const VXMarshaller& getPayload() const {
         marshalHeld();
-        return m_payload;
+        return payload();
     }
 
     // Appends `v` to the payload with the payload's operator<<.
@@ -42,7 +42,7 @@ public:
     ObserverEvent& operator<<(const V& v) {
         marshalHeld();
         m_bytes = true;
-        m_payload << v;
+        payload() << v;
         return *this;
     }
     ObserverEvent& operator<<(const Value& v) {
@@ -54,7 +54,7 @@ public:
     template <class V>
     ObserverEvent& operator>>(V& v) {
         marshalHeld();
-        m_payload >> v;
+        payload() >> v;
         return *this;
     }
     ObserverEvent& operator>>(Value& v) {
@@ -76,14 +76,23 @@ private:
         if (m_read == m_held) return;
         VXMarshaller bytes;
         for (size_t i = m_read; i < m_held; ++i) bytes << *m_values[i];
-        if (m_payload.getLength() > 0) bytes.addTail(m_payload.getData(), m_payload.getLength());
+        if (m_payload && m_payload->getLength() > 0)
+            bytes.addTail(m_payload->getData(), m_payload->getLength());
         m_payload = bytes;
         m_read = m_held = 0;
         m_bytes = true;
     }
 
+    // The byte buffer, made on first use: a change that only ever travels as
+    // held Values (every in-process observer) allocates none, and its copies
+    // share no buffer.
+    VXMarshaller& payload() const {
+        if (!m_payload) m_payload.emplace();
+        return *m_payload;
+    }
+
     VXPPtr<T> m_source;
-    mutable VXMarshaller m_payload;
+    mutable std::optional<VXMarshaller> m_payload;
     mutable std::optional<Value> m_values[kHeld];
     mutable size_t m_held = 0;  // values written and held
     mutable size_t m_read = 0;  // of those, values read

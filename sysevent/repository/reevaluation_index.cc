@@ -70,9 +70,11 @@ void ReevaluationIndex::dropDependencies(Reevaluable& r) {
 
 void ReevaluationIndex::setDependencies(Reevaluable& r, Recording& recording) {
     dropDependencies(r);
-    for (const String& name : recording.names) m_byName[name].push_back(&r);
+    // The names are r's before any table entry points at r: running out of
+    // memory half-way must leave forget() able to find every entry made.
     r.m_names = std::move(recording.names);
     r.m_names.shrink_to_fit();
+    for (const String& name : r.m_names) m_byName[name].push_back(&r);
     for (const String& pattern : recording.patterns) {
         // A pattern that does not compile matches nothing, now or later.
         if (VXPtr<VXRegEx::Pattern> regex = compile(Lexer::NAME_TO_REGEX(pattern, false))) {

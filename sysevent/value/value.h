@@ -7,6 +7,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
+#include <utility>
 
 #include "host/runtime/clock.h"
 #include "host/runtime/marshaller.h"
@@ -50,24 +52,33 @@ constexpr uint32_t ENGINE_ERROR_BASE = 0x16000000;
 // The code ENGINE_ERROR_BASE + (st mod 2^24), with no text.
 XCode errToXCode(DataSubType st);
 
-// The payload. Only the member named by the owning value's subtype is
-// meaningful; default construction zeroes every member.
+// The payload. The scalar kinds share one word (the subtype names the member
+// in use), so a value copies as its subtype, one word and, for a text only,
+// its string. Only a DST_STRING value holds text: every other value keeps
+// `string` empty, which is what lets a copy skip it. Default construction
+// zeroes the word.
 struct Data {
-    bool boolean = false;
-    unsigned long long uint = 0;
-    double flp = 0.0;
-    VX::Time time;
+    union {
+        bool boolean;
+        unsigned long long uint;
+        double flp;
+        VX::Time time;
+    };
     String string;
 
-    Data() = default;
-    explicit Data(bool b) : boolean(b) {}
+    Data() : uint(0) {}
+    explicit Data(bool b) : uint(0) { boolean = b; }
     explicit Data(unsigned long long u) : uint(u) {}
     explicit Data(double d) : flp(d) {}
     explicit Data(const VX::Time& t) : time(t) {}
     explicit Data(const VX::Clock& c) : time(c.toTime()) {}
-    explicit Data(const String& s) : string(s) {}
-    explicit Data(const char* s) : string(s) {}
+    explicit Data(const String& s) : uint(0), string(s) {}
+    explicit Data(const char* s) : uint(0), string(s) {}
+
+    // The shared word, whichever member holds it.
+    void copyWord(const Data& other) { std::memcpy(&uint, &other.uint, sizeof uint); }
 };
+static_assert(sizeof(VX::Time) <= sizeof(unsigned long long), "a time fits the payload word");
 
 class Value : public VXMarshallable {
 public:
@@ -83,10 +94,36 @@ public:
     Value(const VX::Clock& c, DataSubType st) : subtype(st), data(c) {}
     explicit Value(const String& s) : subtype(DST_STRING), data(s) {}
     explicit Value(const char* s) : subtype(DST_STRING), data(s) {}
-    Value(const Value&) = default;
-    Value(Value&&) noexcept = default;
-    Value& operator=(const Value&) = default;
-    Value& operator=(Value&&) noexcept = default;
+    // Copies and moves touch the text only when the value is one: every
+    // store, propagation step and delivery copies values.
+    Value(const Value& other) : subtype(other.subtype) {
+        data.copyWord(other.data);
+        if (other.subtype == DST_STRING) data.string = other.data.string;
+    }
+    Value(Value&& other) noexcept : subtype(other.subtype) {
+        data.copyWord(other.data);
+        if (other.subtype == DST_STRING) data.string = std::move(other.data.string);
+    }
+    Value& operator=(const Value& other) {
+        if (this == &other) return *this;
+        subtype = other.subtype;
+        data.copyWord(other.data);
+        if (other.subtype == DST_STRING)
+            data.string = other.data.string;
+        else if (!data.string.isEmpty())
+            data.string.clear();
+        return *this;
+    }
+    Value& operator=(Value&& other) noexcept {
+        if (this == &other) return *this;
+        subtype = other.subtype;
+        data.copyWord(other.data);
+        if (other.subtype == DST_STRING)
+            data.string = std::move(other.data.string);
+        else if (!data.string.isEmpty())
+            data.string.clear();
+        return *this;
+    }
     ~Value() override = default;
 
     // Inline: every function and every recompute asks it of every argument.

@@ -1,157 +1,101 @@
-// The dictionary as read from the example schema: table, field and index
-// numbers, type codes from declared types, structure fields and their
-// members, index fields in index order, and numbering across schema changes.
+// The dictionary read from the example schema: table, field and index
+// numbers, type codes from declared types, structures and their members,
+// index fields in index order, and numbering across schema changes.
 #include <gtest/gtest.h>
+
+#include <array>
 
 #include "db_test_support.h"
 
 namespace {
 
-using dbtest::openExample;
-
-class DictionaryTest : public ::testing::Test {
-protected:
-    VXPtr<DB::Database> db_ = openExample();
-    VXPtr<const DB::Base> base_ = db_->getBase();
-};
-
-TEST_F(DictionaryTest, TablesAreNumberedInCreationOrderFromOne) {
-    const char* names[] = {"System", "Interface", "Port", "Address", "Route"};
-    ASSERT_EQ(base_->getNumberOfStructs(), 5);
+TEST(DictionaryTest, NumbersNamesAndTypes) {
+    VXPtr<DB::Database> db = dbtest::openExample();
+    VXPtr<const DB::Base> base = db->getBase();
+    const char* tables[] = {"System", "Interface", "Port", "Address", "Route"};
+    ASSERT_EQ(base->getNumberOfStructs(), 5);
     for (uint16_t i = 0; i < 5; ++i) {
-        EXPECT_EQ(base_->getStructNo(names[i]), i + 1) << names[i];
         String name;
-        ASSERT_TRUE(base_->getStructName(i + 1, name).isSuccess());
-        EXPECT_EQ(name, names[i]);
+        EXPECT_EQ(base->getStructNo(tables[i]), i + 1);
+        EXPECT_TRUE(base->getStructName(i + 1, name).isSuccess() && name == tables[i]);
     }
-    EXPECT_EQ(base_->getStructNo("Vlan"), DB::NO_STRUCT);
-    EXPECT_EQ(base_->getStructNo("interface"), DB::NO_STRUCT);  // case-sensitive
     String name;
-    XCode rc = base_->getStructName(6, name);
-    EXPECT_EQ(rc.getValue(), DB::E_SCHEMA);
-    EXPECT_EQ(rc.getString(), "INVALID DATABASE TABLE NUMBER: 6");
-    EXPECT_EQ(base_->getStructName(0, name).getValue(), DB::E_SCHEMA);
-}
+    EXPECT_EQ(base->getStructNo("interface"), DB::NO_STRUCT);  // case-sensitive
+    EXPECT_EQ(base->getStructName(6, name).getString(), "INVALID DATABASE TABLE NUMBER: 6");
+    EXPECT_EQ(base->getStructName(0, name).getValue(), DB::E_SCHEMA);
 
-TEST_F(DictionaryTest, TypeCodesComeFromDeclaredTypes) {
-    struct Case {
-        const char* table;
+    // Type codes (the limits of each type are in the tool's db_entries
+    // transcript), and field numbers: columns first, then structures.
+    const struct {
+        uint16_t table;
         const char* field;
-        uint32_t type;
-        uint32_t size;
-    } cases[] = {
-        {"Interface", "objType", DB::FT_U8, 1},
-        {"Interface", "mtu", DB::FT_U16, 2},
-        {"System", "bootCount", DB::FT_U32, 4},
-        {"Interface", "speed", DB::FT_U64, 8},
-        {"Port", "priority", DB::FT_S8, 1},
-        {"Port", "delayOffset", DB::FT_S16, 2},
-        {"Port", "temperature", DB::FT_S32, 4},
-        {"System", "clockDrift", DB::FT_S64, 8},
-        {"Port", "rxPower", DB::FT_READING, 8},
-        {"Interface", "name", DB::FT_CHAR, 16},
-        {"Interface", "description", DB::FT_TEXT, 0},
-        {"Interface", "state.admin", DB::FT_BOOL, 1},
-        {"Interface", "state", DB::FT_STRUCT, 0},
-        {"Interface", "rxGain", DB::FT_REAL, 8},
-        {"System", "maintenance.window", DB::FT_STRUCT, 0},
-        {"System", "maintenance.window.start", DB::FT_U16, 2},
+        uint32_t type, size;
+        uint16_t no;
+    } fields[] = {
+        {2, "name", DB::FT_CHAR, 16, 2},
+        {2, "description", DB::FT_TEXT, 0, 3},
+        {3, "rxPower", DB::FT_READING, 8, 8},
+        {2, "rxGain", DB::FT_REAL, 8, 8},
+        {2, "state", DB::FT_STRUCT, 0, 9},
+        {1, "maintenance", DB::FT_STRUCT, 0, 10},
+        {1, "maintenance.window", DB::FT_STRUCT, 0, 11},
     };
-    for (const Case& c : cases) {
-        DB::FieldInfo info;
-        uint16_t table = base_->getStructNo(c.table);
-        ASSERT_TRUE(base_->getFieldInfo(table, c.field, info).isSuccess()) << c.field;
-        EXPECT_EQ(info.type, c.type) << c.table << "." << c.field;
-        EXPECT_EQ(info.size, c.size) << c.table << "." << c.field;
-        EXPECT_EQ(info.name, c.field);
-        EXPECT_EQ(info.no, base_->getFieldNo(table, c.field));
-        DB::FieldInfo byNo;
-        ASSERT_TRUE(base_->getFieldInfo(table, info.no, byNo).isSuccess());
-        EXPECT_EQ(byNo.name, c.field);
+    for (const auto& f : fields) {
+        DB::FieldInfo info, byNo;
+        ASSERT_TRUE(base->getFieldInfo(f.table, f.field, info).isSuccess()) << f.field;
+        EXPECT_EQ((std::array<uint32_t, 3>{info.type, info.size, info.no}),
+                  (std::array<uint32_t, 3>{f.type, f.size, f.no}))
+            << f.field;
+        ASSERT_TRUE(base->getFieldInfo(f.table, info.no, byNo).isSuccess());
+        EXPECT_EQ(byNo.name, f.field);
     }
-}
-
-TEST_F(DictionaryTest, ColumnsComeFirstThenStructuresInOrderOfAppearance) {
-    uint16_t system = base_->getStructNo("System");
-    VXVector<String> fields;
-    ASSERT_TRUE(base_->getListOfFields(system, fields).isSuccess());
-    // Columns in table order, then each structure where its first member is.
-    VXVector<String> expected = {"hostname",
-                                 "contact",
-                                 "location",
-                                 "timezoneOffset",
-                                 "bootCount",
-                                 "clockDrift",
-                                 "uptimeReading",
-                                 "maintenance.enabled",
-                                 "maintenance.window.start",
-                                 "maintenance.window.length",
-                                 "maintenance",
-                                 "maintenance.window"};
-    EXPECT_EQ(fields, expected);
-    EXPECT_EQ(base_->getFieldNo(system, "maintenance"), 10);
-    EXPECT_EQ(base_->getFieldNo(system, "nosuch"), DB::NO_FIELD);
-    EXPECT_EQ(base_->getFieldNo(99, "hostname"), DB::NO_FIELD);
-
     DB::FieldInfo info;
-    XCode rc = base_->getFieldInfo(system, "nosuch", info);
-    EXPECT_EQ(rc.getValue(), DB::E_SCHEMA);
-    EXPECT_EQ(rc.getString(), "NO SUCH DATABASE FIELD: System.nosuch");
+    EXPECT_EQ(base->getFieldInfo(1, "nosuch", info).getString(),
+              "NO SUCH DATABASE FIELD: System.nosuch");
     EXPECT_EQ(info.no, DB::NO_FIELD);  // untouched
+    EXPECT_EQ(base->getFieldNo(99, "hostname"), DB::NO_FIELD);
 }
 
-TEST_F(DictionaryTest, StructureMembersAreTheNextNameComponent) {
-    struct Case {
-        const char* table;
+TEST(DictionaryTest, StructuresIndexesAndSchemaChanges) {
+    VXPtr<DB::Database> db = dbtest::openExample();
+    VXPtr<const DB::Base> base = db->getBase();
+    const struct {
+        uint16_t table;
         const char* field;
         VXVector<String> members;
-    } cases[] = {
-        {"Interface", "state", {"admin", "oper"}},
-        {"Port", "counters", {"inOctets", "outOctets"}},
-        {"Address", "parent", {"parentStructNo", "parentId"}},
-        {"System", "maintenance", {"enabled", "window"}},
-        {"System", "maintenance.window", {"start", "length"}},
+    } structures[] = {
+        {2, "state", {"admin", "oper"}},
+        {4, "parent", {"parentStructNo", "parentId"}},
+        {1, "maintenance", {"enabled", "window"}},
+        {1, "maintenance.window", {"start", "length"}},
     };
-    for (const Case& c : cases) {
-        VXVector<String> members;
-        ASSERT_TRUE(
-            base_->getListOfStructFields(base_->getStructNo(c.table), c.field, members).isSuccess())
-            << c.field;
-        EXPECT_EQ(members, c.members) << c.table << "." << c.field;
+    VXVector<String> list;
+    for (const auto& s : structures) {
+        ASSERT_TRUE(base->getListOfStructFields(s.table, s.field, list).isSuccess()) << s.field;
+        EXPECT_EQ(list, s.members) << s.field;
     }
-    VXVector<String> members;
-    XCode rc = base_->getListOfStructFields(base_->getStructNo("Interface"), "mtu", members);
-    EXPECT_EQ(rc.getString(), "NOT A STRUCTURE FIELD: Interface.mtu");
-}
+    EXPECT_EQ(base->getListOfStructFields(2, "mtu", list).getString(),
+              "NOT A STRUCTURE FIELD: Interface.mtu");
 
-TEST_F(DictionaryTest, IndexesByNameWithFieldsInIndexOrder) {
-    uint16_t port = base_->getStructNo("Port");
-    uint16_t address = base_->getStructNo("Address");
-    EXPECT_EQ(base_->getIndexNo(port, "identifier"), 0);
-    EXPECT_EQ(base_->getIndexNo(port, "byVlan"), 1);
-    EXPECT_EQ(base_->getIndexNo(port, "identifier_Port"), DB::NO_INDEX);
-    EXPECT_EQ(base_->getIndexNo(base_->getStructNo("System"), "identifier"), DB::NO_INDEX);
-    EXPECT_EQ(base_->getIndexNo(DB::NO_STRUCT, "identifier"), DB::NO_INDEX);
+    EXPECT_EQ(base->getIndexNo(3, "identifier"), 0);
+    EXPECT_EQ(base->getIndexNo(3, "byVlan"), 1);
+    EXPECT_EQ(base->getIndexNo(3, "identifier_Port"), DB::NO_INDEX);
+    EXPECT_EQ(base->getIndexNo(1, "identifier"), DB::NO_INDEX);
+    ASSERT_TRUE(base->getListOfIndexFields(4, 0, list).isSuccess());
+    EXPECT_EQ(list, (VXVector<String>{"objType", "objStatus", "parent.parentStructNo",
+                                      "parent.parentId", "id"}));
+    EXPECT_EQ(base->getListOfIndexFields(4, 1, list).getString(),
+              "INVALID DATABASE INDEX NUMBER: Address.1");
 
-    VXVector<String> fields;
-    ASSERT_TRUE(base_->getListOfIndexFields(address, 0, fields).isSuccess());
-    VXVector<String> expected = {"objType", "objStatus", "parent.parentStructNo", "parent.parentId",
-                                 "id"};
-    EXPECT_EQ(fields, expected);
-    XCode rc = base_->getListOfIndexFields(address, 1, fields);
-    EXPECT_EQ(rc.getString(), "INVALID DATABASE INDEX NUMBER: Address.1");
-
-    // Index order, not column order. The added table comes after the others,
-    // and a dictionary already handed out stays as it was.
-    ASSERT_TRUE(db_->applySchema("CREATE TABLE Pair (b U8, a TEXT, c U8);"
-                                 "CREATE UNIQUE INDEX identifier_Pair ON Pair (c, a);")
+    // Index order, not column order; an added table comes last, and a
+    // dictionary already handed out stays as it was.
+    ASSERT_TRUE(db->applySchema("CREATE TABLE Pair (b U8, a TEXT, c U8);"
+                                "CREATE UNIQUE INDEX identifier_Pair ON Pair (c, a);")
                     .isSuccess());
-    VXPtr<const DB::Base> base = db_->getBase();
-    EXPECT_EQ(base->getStructNo("Pair"), 6);
-    EXPECT_EQ(base->getStructNo("Address"), 4);
-    EXPECT_EQ(base_->getStructNo("Pair"), DB::NO_STRUCT);
-    ASSERT_TRUE(base->getListOfIndexFields(6, 0, fields).isSuccess());
-    EXPECT_EQ(fields, (VXVector<String>{"c", "a"}));
+    EXPECT_EQ(db->getBase()->getStructNo("Pair"), 6);
+    EXPECT_EQ(base->getStructNo("Pair"), DB::NO_STRUCT);
+    ASSERT_TRUE(db->getBase()->getListOfIndexFields(6, 0, list).isSuccess());
+    EXPECT_EQ(list, (VXVector<String>{"c", "a"}));
 }
 
 }  // namespace

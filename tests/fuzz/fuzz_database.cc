@@ -5,12 +5,11 @@
 // input; refusals are fine, crashes and lost names are not.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+#include <iterator>
 #include <sstream>
+#include <string>
 
 #include "fuzz/fuzz_support.h"
-#include "tools/sysevent/script_runner.h"
-#include "tools/sysevent/session.h"
 
 namespace {
 
@@ -27,9 +26,6 @@ const struct {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    FuzzSupport::USE_MANUAL_TIME();
-    static FILE* sink = fopen("/dev/null", "w");
-    static SysEventTool::Output output(sink, sink);
     std::string script;
     std::istringstream lines(std::string(reinterpret_cast<const char*>(data), size));
     size_t n = 0;
@@ -37,12 +33,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const auto& command = COMMANDS[n % std::size(COMMANDS)];
         script += command.prefix + line + command.suffix + '\n';
     }
-    {
-        SysEventTool::Session session(output, true);
-        FUZZ_CHECK(session.openDatabase("").isSuccess(), "no in-memory database");
-        std::istringstream in(script);
-        SysEventTool::RUN_STREAM(session, output, in, "fuzz.se", false);
-    }
-    FuzzSupport::DESTROY_ALL_NAMES();
+    FuzzSupport::RUN_SCRIPT(script);
     return 0;
 }

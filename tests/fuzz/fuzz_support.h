@@ -1,11 +1,14 @@
 // What every fuzzer shares: an invariant check that stops the run with a
 // readable message (libFuzzer keeps the input that got there), the engine on
-// the manual clock, and a sweep that destroys every published name, so that
-// one input leaves nothing behind for the next.
+// the manual clock, a sweep that destroys every published name, so that one
+// input leaves nothing behind for the next, and a script of the tool's
+// command language run in process.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
+#include <string>
 
 #include "host/component/driver.h"
 #include "host/component/driver_repository.h"
@@ -14,6 +17,8 @@
 #include "host/runtime/manual_time.h"
 #include "sysevent/repository/identifiers.h"
 #include "sysevent/repository/repository.h"
+#include "tools/sysevent/script_runner.h"
+#include "tools/sysevent/session.h"
 
 #define FUZZ_CHECK(cond, ...)                                                              \
     do {                                                                                   \
@@ -43,6 +48,21 @@ inline void DESTROY_ALL_NAMES() {
     for (const VXPPtr<IDriver>& driver : drivers) {
         repository->destroy(driver->getDriverName().substring(4));
     }
+}
+
+// As `sysevent run --manual-time --script` would, against the bundled schema
+// in a fresh in-memory database, output dropped; then every name is gone.
+inline void RUN_SCRIPT(const std::string& text) {
+    USE_MANUAL_TIME();
+    static FILE* sink = fopen("/dev/null", "w");
+    static SysEventTool::Output output(sink, sink);
+    {
+        SysEventTool::Session session(output, true);
+        FUZZ_CHECK(session.openDatabase("").isSuccess(), "no in-memory database");
+        std::istringstream script(text);
+        SysEventTool::RUN_STREAM(session, output, script, "fuzz.se", false);
+    }
+    DESTROY_ALL_NAMES();
 }
 
 }  // namespace FuzzSupport

@@ -5,34 +5,15 @@
 // statistics) where it started.
 #include <gtest/gtest.h>
 
-#ifdef SYSEVENT_WITH_JEMALLOC
-#include <jemalloc/jemalloc.h>
-#endif
-
 #include "host/runtime/crit.h"
 #include "host/runtime/lock.h"
+#include "support/allocated_bytes.h"
 #include "sysevent/graph/expression_repository.h"
 #include "sysevent/graph/proxy_repository.h"
 #include "sysevent/repository/repository.h"
 
 namespace VX::SysEvent::testing {
 namespace {
-
-// Bytes the allocator holds for the process; 0 without jemalloc, where only
-// the sharing tables' sizes are checked.
-size_t allocated() {
-#ifdef SYSEVENT_WITH_JEMALLOC
-    uint64_t epoch = 1;
-    size_t size = sizeof(epoch);
-    mallctl("epoch", &epoch, &size, &epoch, size);
-    size_t bytes = 0;
-    size = sizeof(bytes);
-    EXPECT_EQ(mallctl("stats.allocated", &bytes, &size, nullptr, 0), 0);
-    return bytes;
-#else
-    return 0;
-#endif
-}
 
 // Both loops of a long-running device: `from` to `to` distinct formulas
 // evaluated, and as many expressions created and destroyed.
@@ -58,14 +39,14 @@ TEST(MemoryReturn, DistinctFormulasAndNamesLeaveNothingBehind) {
     churn(*repository, 0, 1000);  // the tables' and caches' first growth
     const size_t expressions = ExpressionRepository::INSTANCE()->size();
     const size_t proxies = ProxyRepository::INSTANCE()->size();
-    const size_t before = allocated();
+    const size_t before = allocatedBytes();
     // Fewer rounds where the sanitizers' allocator makes each one slow.
 #ifdef SYSEVENT_WITH_JEMALLOC
     churn(*repository, 1000, 200000);
 #else
     churn(*repository, 1000, 20000);
 #endif
-    const size_t after = allocated();
+    const size_t after = allocatedBytes();
     EXPECT_LT(after, before + (1u << 20)) << "grew by " << (after - before) << " bytes";
     EXPECT_EQ(ExpressionRepository::INSTANCE()->size(), expressions);
     EXPECT_EQ(ProxyRepository::INSTANCE()->size(), proxies);

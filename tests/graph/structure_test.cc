@@ -1,5 +1,5 @@
 // Graph edits: cycle refusal that leaves the graph as it was, swapChild,
-// parent links, names and normalized expressions, and teardown.
+// parent links, and teardown.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -148,21 +148,6 @@ TEST_F(Structure, IsDescendantFollowsAllPathsAndSharedNodes) {
     EXPECT_FALSE(top->isDescendant(b.get()));
     EXPECT_FALSE(top->isDescendant(top.get()));
     EXPECT_FALSE(a->isDescendant(a.get()));
-}
-
-TEST_F(Structure, NamesAndNormalizedExpressions) {
-    auto a = leaf("a", 1);
-    auto b = leaf("b", 0);
-    auto notB = make<TNEG>({b.get()}, "NOT");
-    auto andNode = make<TSUM>({a.get(), notB.get()}, "AND");
-    auto empty = make<TSUM>({}, "EPOCH");
-    EXPECT_EQ(andNode->getNormalizedExpression(), "AND(a,NOT(b))");
-    EXPECT_EQ(empty->getNormalizedExpression(), "EPOCH()");
-    EXPECT_EQ(a->getNormalizedExpression(), "a");
-    EXPECT_EQ(andNode->getName(), String::Formatted("AND(%p)", static_cast<void*>(andNode.get())));
-    EXPECT_EQ(andNode->getLogName(),
-              String::Formatted("AND(a,NOT(b)) @ %p", static_cast<void*>(andNode.get())));
-    EXPECT_EQ(a->getLogName(), String::Formatted("a @ %p", static_cast<void*>(a.get())));
 }
 
 TEST_F(Structure, DestroyingAFunctionNodeUnlinksAndReleasesItsChildren) {

@@ -1,6 +1,6 @@
-// The driver repository: registration, look-up, listing order, observers
-// (including re-entrant changes from inside their callbacks) and the
-// reference that keeps a registered driver alive.
+// The driver repository: registration, look-up, listing order, the reference
+// that keeps a registered driver alive, and observers (including re-entrant
+// changes from inside their callbacks).
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -81,71 +81,47 @@ protected:
     std::vector<String> log_;
 };
 
-TEST_F(DriverRepositoryTest, AddGetAndRemoveByNameOrObject) {
-    VXPPtr<IDriver> a = add(new CFooBar(DID_A, "test/a"));
+// Registration, look-up, removal by name or object, their error texts, and
+// the reference that keeps a registered driver alive.
+TEST_F(DriverRepositoryTest, AddGetRemoveAndTheirFailures) {
+    bool destroyed = false;
+    VXPPtr<IDriver> a = add(new CFooBar(DID_A, "test/a", &destroyed));
+    VXPPtr<IDriver> dup(new CFoo(DID_A, "test/a"));
     EXPECT_EQ(a->getDriverRepository(), DRIVER::INSTANCE());
-
+    EXPECT_EQ(static_cast<CFoo*>(a.get())->getRefCount(), 2u);
     VXPPtr<IBar> bar;
+    VXPPtr<IBaz> baz = new CFooBarBaz(DID_A, "test/unregistered");
     ASSERT_TRUE(DRIVER::GET_IF("test/a", bar).isSuccess());
     EXPECT_EQ(bar->bar(), 2);
-    VXPPtr<IBaz> baz;
-    XCode rc = DRIVER::GET_IF("test/a", baz);
-    EXPECT_EQ(rc.getString(), "INTERFACE NOT SUPPORTED: test/a");
-    EXPECT_FALSE(baz);
-    rc = DRIVER::GET_IF("test/none", bar);
-    EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE);
-    EXPECT_EQ(rc.getString(), "DRIVER DOES NOT EXIST: test/none");
-    EXPECT_FALSE(bar);
-
-    ASSERT_TRUE(DRIVER::REMOVE("test/a").isSuccess());
-    EXPECT_FALSE(a->getDriverRepository());
-    EXPECT_EQ(DRIVER::REMOVE("test/a").getString(), "DRIVER DOES NOT EXIST: test/a");
-
-    VXPPtr<IDriver> b = add(new CFoo(DID_A, "test/b"));
-    ASSERT_TRUE(DRIVER::REMOVE(b).isSuccess());
-    EXPECT_TRUE(DRIVER::GET_IF("test/b", IUnknown::IID(), nullptr).isErr());
-}
-
-TEST_F(DriverRepositoryTest, RefusesDuplicatesAndInvalidDrivers) {
-    VXPPtr<IDriver> first = add(new CFoo(DID_A, "test/dup"));
-    VXPPtr<IDriver> second(new CFooBar(DID_A, "test/dup"));
-    XCode rc = DRIVER::ADD(second);
-    EXPECT_TRUE(rc.isErr());
-    EXPECT_EQ(rc.getString(), "DRIVER ALREADY EXISTS: test/dup");
-    EXPECT_TRUE(DRIVER::ADD(first).isErr());  // the same object again
-    EXPECT_FALSE(second->getDriverRepository());
-    EXPECT_EQ(static_cast<CFoo*>(second.get())->getRefCount(), 1u);  // not kept
-
-    // Removing an object that is not the one registered under its name fails
-    // and leaves the registered one alone.
-    EXPECT_EQ(DRIVER::REMOVE(second).getString(), "DRIVER DOES NOT EXIST: test/dup");
-    EXPECT_TRUE(DRIVER::GET_IF("test/dup", IFoo::IID(), nullptr).isSuccess());
-    EXPECT_FALSE(DRIVER::GET_IF("test/dup", IBar::IID(), nullptr).isSuccess());
-
-    EXPECT_EQ(DRIVER::ADD(VXPPtr<IDriver>()).getString(), "INVALID DRIVER");
-    EXPECT_EQ(DRIVER::ADD(VXPPtr<IDriver>(new CFoo(DID_A, ""))).getString(), "INVALID DRIVER");
-}
-
-TEST_F(DriverRepositoryTest, TheRepositoryKeepsDriversAliveUntilRemoved) {
-    bool destroyed = false;
-    {
-        VXPPtr<IDriver> d(new CFoo(DID_A, "test/kept", &destroyed));
-        ASSERT_TRUE(DRIVER::ADD(d).isSuccess());
-        EXPECT_EQ(static_cast<CFoo*>(d.get())->getRefCount(), 2u);
+    const struct {
+        XCode rc;
+        const char* text;
+    } cases[] = {
+        {DRIVER::GET_IF("test/a", baz), "INTERFACE NOT SUPPORTED: test/a"},
+        {DRIVER::GET_IF("test/none", bar), "DRIVER DOES NOT EXIST: test/none"},
+        {DRIVER::ADD(dup), "DRIVER ALREADY EXISTS: test/a"},
+        {DRIVER::ADD(a), "DRIVER ALREADY EXISTS: test/a"},
+        {DRIVER::REMOVE(dup), "DRIVER DOES NOT EXIST: test/a"},  // not the registered one
+        {DRIVER::ADD(VXPPtr<IDriver>()), "INVALID DRIVER"},
+        {DRIVER::ADD(VXPPtr<IDriver>(new CFoo(DID_A, ""))), "INVALID DRIVER"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.rc.getValue(), XCode::GENERIC_FAILURE) << c.text;
+        EXPECT_EQ(c.rc.getString(), c.text);
     }
-    EXPECT_FALSE(destroyed);
-    VXPPtr<IFoo> foo;
-    ASSERT_TRUE(DRIVER::GET_IF("test/kept", foo).isSuccess());
-    EXPECT_EQ(foo->foo(), 1);
-    foo = nullptr;
-    ASSERT_TRUE(DRIVER::REMOVE("test/kept").isSuccess());
-    EXPECT_TRUE(destroyed);
+    EXPECT_FALSE(bar || baz || dup->getDriverRepository());
+    EXPECT_EQ(static_cast<CFoo*>(dup.get())->getRefCount(), 1u);  // not kept
+    EXPECT_TRUE(DRIVER::GET_IF("test/a", IBar::IID(), nullptr).isSuccess());
 
-    // A client reference outlives the removal.
+    a = nullptr;
+    EXPECT_FALSE(destroyed);  // the repository keeps it
+    ASSERT_TRUE(DRIVER::REMOVE("test/a").isSuccess());
+    EXPECT_TRUE(destroyed);
+    EXPECT_EQ(DRIVER::REMOVE("test/a").getString(), "DRIVER DOES NOT EXIST: test/a");
     destroyed = false;
     VXPPtr<IDriver> client = add(new CFoo(DID_A, "test/client", &destroyed));
-    DRIVER::REMOVE("test/client");
-    EXPECT_FALSE(destroyed);
+    ASSERT_TRUE(DRIVER::REMOVE(client).isSuccess());
+    EXPECT_FALSE(client->getDriverRepository() || destroyed);  // the client's reference
     client = nullptr;
     EXPECT_TRUE(destroyed);
 }
@@ -221,25 +197,20 @@ TEST_F(DriverRepositoryTest, ObserversSeeMatchingAddsAndRemovals) {
               "INVALID OBSERVER");
 }
 
-TEST_F(DriverRepositoryTest, ObserversRunByPriorityThenRegistration) {
+// Observers run by priority, then in registration order; on request they
+// hear of the drivers already there, and of those remaining when they leave.
+TEST_F(DriverRepositoryTest, ObserverOrderAndExistingAndRemainingDrivers) {
+    add(new CFoo(DID_A, "test/e1"));
     RecordingObserver late("late", &log_), first("first", &log_), second("second", &log_);
-    late.registerFor(DID_A, VX::UUID(), "test/", 5);
+    late.registerFor(DID_A, VX::UUID(), "test/", 5, true, true);
     first.registerFor(DID_A, VX::UUID(), "test/", 1);
     second.registerFor(DID_A, VX::UUID(), "test/", 1);
     add(new CFoo(DID_A, "test/p"));
-    EXPECT_EQ(log_, (std::vector<String>{"first:+test/p", "second:+test/p", "late:+test/p"}));
-}
-
-TEST_F(DriverRepositoryTest, ExistingAndRemainingDriversOnRequest) {
-    add(new CFoo(DID_A, "test/e1"));
-    add(new CFoo(DID_A, "test/e2"));
-    RecordingObserver observer("obs", &log_);
-    observer.registerFor(DID_A, IFoo::IID(), "test/e", 0, true, true);
-    EXPECT_EQ(log_, (std::vector<String>{"obs:+test/e1", "obs:+test/e2"}));
     DRIVER::REMOVE("test/e1");
-    DRIVER::REMOVE_REPOSITORY_OBSERVER("obs");
-    EXPECT_EQ(log_, (std::vector<String>{"obs:+test/e1", "obs:+test/e2", "obs:-test/e1",
-                                         "obs:-test/e2"}));
+    DRIVER::REMOVE_REPOSITORY_OBSERVER("late");
+    EXPECT_EQ(log_, (std::vector<String>{"late:+test/e1", "first:+test/p", "second:+test/p",
+                                         "late:+test/p", "first:-test/e1", "second:-test/e1",
+                                         "late:-test/e1", "late:-test/p"}));
 }
 
 TEST_F(DriverRepositoryTest, CallbacksMayChangeDriversAndObservers) {

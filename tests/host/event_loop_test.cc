@@ -72,124 +72,96 @@ protected:
     std::function<void(int)> onFire_;
 };
 
-TEST_F(ManualLoopTest, RunsDueTimersInDueOrderWithTiesInStartOrder) {
+// Due order, ties in start order, an advance that ends exactly on a due
+// time; stopped and destroyed timers do not run, a restart counts anew.
+TEST_F(ManualLoopTest, DueOrderStopDestroyAndRestart) {
     start(1, 300);
     start(2, 100);
     start(3, 100);
     start(4, 200);
-    VX::ManualTime::ADVANCE(250);
-    EXPECT_EQ(fired_, (Firings{{2, 100}, {3, 100}, {4, 200}}));
-    EXPECT_EQ(msSinceT0(), 250);
-    VX::ManualTime::ADVANCE(49);
-    EXPECT_EQ(fired_.size(), 3u);
-    VX::ManualTime::ADVANCE(1);
-    EXPECT_EQ(fired_.back(), (Firing{1, 300}));
-    EXPECT_EQ(msSinceT0(), 300);
-}
-
-TEST_F(ManualLoopTest, StopDestroyAndRestartCancelOrRearm) {
-    Probe& oneShot = start(1, 10);
-    Probe& stopped = start(2, 10);
-    Probe& destroyed = start(3, 10);
-    Probe& restarted = start(4, 100);
-    EXPECT_FALSE(probe(5).event->isRunning());
-    EXPECT_TRUE(oneShot.event->isRunning());
+    Probe& stopped = start(5, 100);
+    Probe& destroyed = start(6, 100);
+    Probe& restarted = start(7, 200);
+    EXPECT_FALSE(probe(8).event->isRunning());
     stopped.event->stop();
     stopped.event->stop();  // stopping a stopped timer does nothing
     destroyed.event = nullptr;
-    VX::ManualTime::ADVANCE(10);
-    EXPECT_EQ(fired_, (Firings{{1, 10}}));
-    EXPECT_FALSE(oneShot.event->isRunning());
-
-    VX::ManualTime::ADVANCE(60);
-    restarted.event->start(100);  // due at 170 now, not 100
-    VX::ManualTime::ADVANCE(60);
-    EXPECT_EQ(fired_.size(), 1u);
-    VX::ManualTime::ADVANCE(40);
-    EXPECT_EQ(fired_.back(), (Firing{4, 170}));
+    VX::ManualTime::ADVANCE(150);
+    restarted.event->start(100);  // due at 250 now, not 200
+    VX::ManualTime::ADVANCE(99);
+    EXPECT_EQ(fired_, (Firings{{2, 100}, {3, 100}, {4, 200}}));
+    VX::ManualTime::ADVANCE(1);  // due exactly where an advance ends
+    EXPECT_EQ(fired_.back(), (Firing{7, 250}));
+    VX::ManualTime::ADVANCE(50);
+    EXPECT_EQ(fired_.back(), (Firing{1, 300}));
+    EXPECT_EQ(fired_.size(), 5u);
+    EXPECT_EQ(msSinceT0(), 300);
+    EXPECT_FALSE(stopped.event->isRunning() || probes_[0]->event->isRunning());
 }
 
-TEST_F(ManualLoopTest, RepeatingTimersUntilStoppedDestroyedOrRestartedByTheirHandler) {
+// Handlers stop, destroy and restart their own timers and start others,
+// which run within the same advance; repeats keep their phase.
+TEST_F(ManualLoopTest, HandlersChangeTimersWithinTheSameAdvance) {
     Probe& plain = start(1, 100, true);
     Probe& selfDestroying = start(2, 10, true);
     Probe& selfRestarting = start(3, 100, true);
+    Probe &second = probe(4), &now = probe(5);
     onFire_ = [&](int id) {
         if (id == 2) selfDestroying.event = nullptr;
-        if (id == 3) selfRestarting.event->start(250, true);
+        if (id == 3 && msSinceT0() == 100) {
+            selfRestarting.event->start(250, true);
+            second.event->start(50);
+            now.event->start(0);
+        }
     };
     VX::ManualTime::ADVANCE(350);
-    EXPECT_EQ(times(1), (std::vector<int64_t>{100, 200, 300}));
-    EXPECT_EQ(times(2), (std::vector<int64_t>{10}));
-    EXPECT_TRUE(plain.event->isRunning());
     plain.event->stop();
-    EXPECT_FALSE(plain.event->isRunning());
     VX::ManualTime::ADVANCE(1000);
-    EXPECT_EQ(times(1).size(), 3u);
-    EXPECT_EQ(times(3), (std::vector<int64_t>{100, 350, 600, 850, 1100, 1350}));
+    EXPECT_EQ(fired_, (Firings{{2, 10},
+                               {1, 100},
+                               {3, 100},
+                               {5, 100},
+                               {4, 150},
+                               {1, 200},
+                               {1, 300},
+                               {3, 350},
+                               {3, 600},
+                               {3, 850},
+                               {3, 1100},
+                               {3, 1350}}));
+    EXPECT_FALSE(plain.event->isRunning());
 }
 
-TEST_F(ManualLoopTest, TimersStartedByHandlersRunWithinTheSameAdvance) {
-    Probe& first = probe(1);
-    Probe& second = probe(2);
-    Probe& late = probe(3);
-    Probe& now = probe(4);
-    onFire_ = [&](int id) {
-        if (id != 1) return;
-        second.event->start(50);
-        late.event->start(500);
-        now.event->start(0);
-    };
-    first.event->start(100);
-    VX::ManualTime::ADVANCE(200);
-    EXPECT_EQ(fired_, (Firings{{1, 100}, {4, 100}, {2, 150}}));
-    VX::ManualTime::ADVANCE(400);
-    EXPECT_EQ(fired_.back(), (Firing{3, 600}));
-}
-
-TEST_F(ManualLoopTest, PostedCallsRunDuringAdvanceBeforeLaterTimers) {
+// Posted calls run first, in order, under the loop's lock and only inside an
+// advance; timers of another loop run under that loop's lock.
+TEST_F(ManualLoopTest, PostedCallsAndSeveralLoops) {
     VXEventLoop& loop = VX::SysEvent::EVENT_LOOP();
+    VXLock otherLock;
+    VXEventLoop other(otherLock);
     std::vector<int> order;
     onFire_ = [&](int id) {
-        order.push_back(id);
         if (id == 10) loop.post([&] { order.push_back(3); });
+        order.push_back(id);
     };
     loop.post([&] {
-        EXPECT_TRUE(VX::SysEvent::LOCK().isHeldByMe());
-        EXPECT_TRUE(loop.isHandlerThread());
+        EXPECT_TRUE(VX::SysEvent::LOCK().isHeldByMe() && loop.isHandlerThread());
         order.push_back(1);
     });
     loop.post([&] { order.push_back(2); });
     start(10, 5);
     start(11, 6);
-    EXPECT_TRUE(order.empty());  // nothing runs outside ADVANCE
+    auto onOther = [](void* p) {
+        auto* arg = static_cast<std::pair<VXLock*, std::vector<int>*>*>(p);
+        arg->second->push_back(arg->first->isHeldByMe() ? 20 : -20);
+    };
+    std::pair<VXLock*, std::vector<int>*> arg{&otherLock, &order};
+    VXLWPtr<_VXTimeoutEvent> timer = new _VXTimeoutEvent(other, EventPrio::LOW, onOther, &arg);
+    timer->start(5);
+    EXPECT_TRUE(order.empty());
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(order, (std::vector<int>{1, 2}));
     VX::ManualTime::ADVANCE(10);
-    EXPECT_EQ(order, (std::vector<int>{1, 2, 10, 3, 11}));
-}
-
-TEST_F(ManualLoopTest, TimersOfSeveralLoopsRunUnderTheirOwnLocks) {
-    VXLock otherLock;
-    VXEventLoop other(otherLock);
-    struct Arg {
-        int id;
-        VXLock* lock;
-        std::vector<std::pair<int, bool>> seen;
-    } a{1, &VX::SysEvent::LOCK(), {}}, b{2, &otherLock, {}};
-    auto handle = [](void* p) {
-        Arg* arg = static_cast<Arg*>(p);
-        arg->seen.push_back({static_cast<int>(msSinceT0()), arg->lock->isHeldByMe()});
-    };
-    {
-        VXLWPtr<_VXTimeoutEvent> ea =
-            new _VXTimeoutEvent(VX::SysEvent::EVENT_LOOP(), EventPrio::NORMAL, handle, &a);
-        VXLWPtr<_VXTimeoutEvent> eb = new _VXTimeoutEvent(other, EventPrio::LOW, handle, &b);
-        eb->start(20);
-        ea->start(30);
-        VX::ManualTime::ADVANCE(40);
-    }
-    EXPECT_EQ(a.seen, (std::vector<std::pair<int, bool>>{{30, true}}));
-    EXPECT_EQ(b.seen, (std::vector<std::pair<int, bool>>{{20, true}}));
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 10, 3, 20, 11}));
 }
 
 TEST_F(ManualLoopTest, ModeSwitchesCarryPendingTimersOverWithTheirRemainingDelay) {

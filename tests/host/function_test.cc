@@ -29,110 +29,87 @@ class FunctionTest : public ::testing::Test {
 protected:
     void SetUp() override { VX::ManualTime::ENABLE(VX::Time(1000, 0)); }
     void TearDown() override { VX::ManualTime::DISABLE(); }
-
-    F make(VX::Delivery delivery) {
+    F make(VX::Delivery delivery, std::shared_ptr<int> token = nullptr) {
         return F(
             loop_,
-            [this](String n, int v) {
+            [this, token](String n, int v) {
                 calls_.push_back({n, v, lock_.isHeldByMe()});
             },
             delivery);
     }
-
     VXLock lock_;
     VXEventLoop loop_{lock_};
     Calls calls_;
 };
 
-TEST_F(FunctionTest, DirectRunsAtOnceInTheCallingThreadAndReturns) {
-    VX::Function<int(int)> none;  // the default: direct, without a callable
-    EXPECT_FALSE(none.hasCallable());
+TEST_F(FunctionTest, DirectSyncAndQueuedDeliveries) {
+    VX::Function<int(int)> none;  // direct, without a callable: the default result
     EXPECT_EQ(none(7), 0);
     std::thread::id ranOn;
-    VX::Function<int(int)> f(VX::directCall(), [&](int x) {
+    VX::Function<int(int)> direct(VX::directCall(), [&](int x) {
         ranOn = std::this_thread::get_id();
         return x * 2;
     });
-    EXPECT_TRUE(f.hasCallable());
-    EXPECT_EQ(f(21), 42);
-    EXPECT_EQ(f.call(5), 10);
+    EXPECT_EQ(direct(21), 42);
     EXPECT_EQ(ranOn, std::this_thread::get_id());
-}
 
-TEST_F(FunctionTest, SyncRunsAtOnceUnderTheLoopsLockQueuedLaterInOrder) {
-    make(VX::Delivery::Sync)("sync", 0);
-    EXPECT_EQ(calls_, (Calls{{"sync", 0, true}}));
-    EXPECT_FALSE(lock_.isHeldByMe());  // released after the call
-
-    F f = make(VX::Delivery::Queued);
+    make(VX::Delivery::Sync)("sync", 0);  // at once, under the loop's lock
+    EXPECT_FALSE(lock_.isHeldByMe());
+    F queued = make(VX::Delivery::Queued);
     String name = "first";
-    f(name, 1);
+    queued(name, 1);
     name = "changed";  // the arguments were copied
-    f("second", 2);
+    queued("second", 2);
     EXPECT_EQ(calls_.size(), 1u);
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(calls_, (Calls{{"sync", 0, true}, {"first", 1, true}, {"second", 2, true}}));
 
-    // A queued call returns the default at once.
     int ran = 0;
     VX::Function<int()> g(
         loop_, [&] { return ++ran; }, VX::Delivery::Queued);
-    EXPECT_EQ(g(), 0);
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(ran, 1);
-
-    // On the engine loop: under the engine lock.
+    EXPECT_EQ(g(), 0);  // a queued call returns the default at once
     bool held = false;
     VX::Function<void()> h(
         VX::SysEvent::EVENT_LOOP(), [&] { held = VX::SysEvent::LOCK().isHeldByMe(); },
         VX::Delivery::Queued);
     h();
     VX::ManualTime::ADVANCE(0);
+    EXPECT_EQ(ran, 1);
     EXPECT_TRUE(held);
 }
 
-TEST_F(FunctionTest, QueuedCallsAreDroppedWhenTheLastSharerDies) {
+// Queued calls go with the last sharer of the implementation, unless it keeps
+// them; then the implementation (and what its callable owns) goes only after
+// the last kept call ran.
+TEST_F(FunctionTest, QueuedCallsAndTheLastSharer) {
     F copy;
     {
         F f = make(VX::Delivery::Queued);
         f("a", 1);
-        copy = f;  // shares the implementation and its queue
+        copy = f;
+        F dropped = make(VX::Delivery::Queued);
+        dropped("dropped", 0);
     }
     copy("b", 2);
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(calls_, (Calls{{"a", 1, true}, {"b", 2, true}}));
-    {
-        F f = make(VX::Delivery::Queued);
-        f("dropped", 3);
-    }
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_.size(), 2u);
-}
 
-TEST_F(FunctionTest, DontCancelKeepsLaterQueuedCallsAndReleasesAfterTheLastRan) {
-    // The callable owns a token: the implementation (and with it the token) is
-    // gone only after every kept call has run.
     auto token = std::make_shared<int>(0);
     std::weak_ptr<int> watch = token;
     {
-        F f(
-            loop_,
-            [this, token](String n, int v) {
-                calls_.push_back({n, v, lock_.isHeldByMe()});
-            },
-            VX::Delivery::Queued);
-        token.reset();
+        F f = make(VX::Delivery::Queued, std::move(token));
         const unsigned base = f.getImpl()->getRefCount();
-        f("a", 0);  // queued before: holds nothing
+        f("c", 3);  // queued before: holds nothing
         EXPECT_EQ(f.getImpl()->getRefCount(), base);
         f.setDontCancelOnDestruction(true);
-        f("b", 1);
-        f("c", 2);
+        f("d", 4);
+        f("e", 5);
         EXPECT_EQ(f.getImpl()->getRefCount(), base + 2);
     }
     EXPECT_FALSE(watch.expired());
     VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_, (Calls{{"a", 0, true}, {"b", 1, true}, {"c", 2, true}}));
+    EXPECT_EQ(calls_.size(), 5u);
+    EXPECT_EQ(calls_.back(), (Call{"e", 5, true}));
     EXPECT_TRUE(watch.expired());
 }
 

@@ -8,29 +8,16 @@
 
 #include "host/runtime/crit.h"
 #include "host/runtime/manual_time.h"
+#include "support/allocated_bytes.h"
 #include "sysevent/repository/repository.h"
-
-#ifdef SYSEVENT_WITH_JEMALLOC
-#include <jemalloc/jemalloc.h>
-#endif
 
 namespace VX::SysEvent {
 namespace {
 
-// A million in a plain build. The sanitizers multiply the cost of every
-// allocation, so there a tenth of it keeps the run within minutes; the
-// families are the same.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr unsigned long long MILLION = 100000;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr unsigned long long MILLION = 100000;
-#else
-constexpr unsigned long long MILLION = 1000000;
-#endif
-#else
-constexpr unsigned long long MILLION = 1000000;
-#endif
+// A million where jemalloc counts the memory. Builds without it are the
+// sanitizer builds, whose allocators multiply the cost of every allocation:
+// there a tenth of it keeps the run within minutes; the families are the same.
+constexpr unsigned long long MILLION = HAS_ALLOCATED_BYTES ? 1000000 : 100000;
 
 Value U(unsigned long long n) {
     return Value(n);
@@ -42,26 +29,10 @@ Value valueOf(const String& name) {
     return v;
 }
 
-// Bytes allocated by the process now; 0 without jemalloc.
-size_t allocated() {
-#ifdef SYSEVENT_WITH_JEMALLOC
-    uint64_t epoch = 1;
-    size_t size = sizeof epoch;
-    mallctl("thread.tcache.flush", nullptr, nullptr, nullptr, 0);
-    mallctl("epoch", &epoch, &size, &epoch, size);
-    size_t bytes = 0;
-    size = sizeof bytes;
-    mallctl("stats.allocated", &bytes, &size, nullptr, 0);
-    return bytes;
-#else
-    return 0;
-#endif
-}
-
 // Fails when what was allocated since `start` exceeds `perItem` bytes for
 // each of `items` (checked only with jemalloc).
 void expectProportional(size_t start, unsigned long long items, size_t perItem, const char* what) {
-    const size_t now = allocated();
+    const size_t now = allocatedBytes();
     if (start == 0 || now <= start) return;
     EXPECT_LE((now - start) / items, perItem) << what << ": " << (now - start) << " bytes";
 }
@@ -81,7 +52,7 @@ TEST(SizeLimits, NameOfOneMegabyte) {
 }
 
 TEST(SizeLimits, MillionNamesAndAPatternOverAll) {
-    const size_t start = allocated();
+    const size_t start = allocatedBytes();
     VXLockPtr<Repository> repository(Repository::INSTANCE());
     for (unsigned long long i = 0; i < MILLION; ++i) {
         const XCode rc = repository->createVariable(String::Formatted("many.n%llu", i), "", U(i));
@@ -113,7 +84,7 @@ TEST(SizeLimits, DelayFedAMillionChangesWithinItsDelay) {
         ASSERT_TRUE(repository->createVariable("late.in", "", U(0)).isSuccess());
         ASSERT_TRUE(repository->createExpression("late", "out", "DELAY(in, 1h)").isSuccess());
     }
-    const size_t start = allocated();
+    const size_t start = allocatedBytes();
     for (unsigned long long i = 1; i <= MILLION; ++i) {
         ASSERT_TRUE(Repository::SET_VALUE("late.in", U(i)).isSuccess());
         if (i % 1000 == 0) VX::ManualTime::ADVANCE(1);  // all within the hour

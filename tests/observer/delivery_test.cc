@@ -186,8 +186,9 @@ TEST_F(Deliveries, DirectCallbackMayUseTheRepositoryWhileTheChangeIsDelivered) {
 }
 
 // Client code that throws, a standard exception or anything else, from a
-// direct or synchronous callable or from an override, is reported on the
-// monitor with the object's name; every other observer still gets each
+// direct, synchronous or queued callable or from an override, is reported on
+// the monitor with the object's name (a queued call by the loop, which no
+// longer knows the object); every other observer still gets each
 // notification, and so does the thrower the next time.
 TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceives) {
     struct Thrower : Observer {
@@ -205,8 +206,9 @@ TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceive
     Observer first(before.direct(), before.directDestroy());
     Thrower direct(Observer::ValueChangeCallback(VX::directCall(), boom));
     Thrower sync(Observer::ValueChangeCallback(EVENT_LOOP(), boom, VX::Delivery::Sync));
+    Thrower queued(Observer::ValueChangeCallback(EVENT_LOOP(), boom, VX::Delivery::Queued));
     Observer last(after.direct(), after.directDestroy());
-    Observer* all[] = {&first, &direct, &sync, &last};
+    Observer* all[] = {&first, &direct, &sync, &queued, &last};
     for (Observer* o : all) o->addTo("throw.a", true);
     set("throw.a", 1);
     set("throw.a", 2);
@@ -216,6 +218,7 @@ TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceive
     b = nullptr;
     destroy("throw.a");
     destroy("throw.b");
+    VX::ManualTime::ADVANCE(0);  // the queued calls run, and throw, on the loop
     MON = nullptr;
 
     // Destroying a name reports #N/A! as its value and again as it leaves.
@@ -225,8 +228,9 @@ TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceive
                                      destroyed("throw.b")};
     EXPECT_EQ(before.seen(), expected);
     EXPECT_EQ(after.seen(), expected);
-    EXPECT_EQ(calls, 12);
+    EXPECT_EQ(calls, 18);
     EXPECT_TRUE(monitor.contains("[throw.a] Observer callback failed: boom"));
+    EXPECT_TRUE(monitor.contains("[event loop] Queued callback failed: boom"));
     EXPECT_TRUE(monitor.contains("[throw.b] Observer callback failed"));
 }
 

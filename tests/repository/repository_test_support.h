@@ -8,12 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <ostream>
 #include <utility>
 #include <vector>
 
 #include "host/runtime/crit.h"
-#include "host/component/info.h"
 #include "host/runtime/monitor.h"
 #include "sysevent/repository/interfaces.h"
 #include "sysevent/repository/read_observer.h"
@@ -26,10 +24,6 @@
         const ::XCode rc_ = (expr);                             \
         ASSERT_TRUE(rc_.isSuccess()) << rc_.toString().c_str(); \
     } while (0)
-
-inline void PrintTo(const InfoContainer::Row& r, std::ostream* os) {
-    *os << r.level << "," << r.column << " " << r.key.c_str() << ": " << r.value.c_str();
-}
 
 namespace VX::SysEvent::testing {
 

@@ -12,10 +12,12 @@
 // - with jemalloc, memory returns to its starting level.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -28,15 +30,12 @@
 #include "host/runtime/crit.h"
 #include "host/runtime/event_loop.h"
 #include "host/runtime/function.h"
+#include "support/allocated_bytes.h"
 #include "sysevent/database/database_tracker.h"
 #include "sysevent/graph/function_node.h"
 #include "sysevent/graph/proxy_node.h"
 #include "sysevent/repository/observer.h"
 #include "sysevent/repository/repository.h"
-
-#ifdef SYSEVENT_WITH_JEMALLOC
-#include <jemalloc/jemalloc.h>
-#endif
 
 namespace VX::SysEvent {
 namespace {
@@ -83,8 +82,8 @@ struct Record {
         last[n] = v.toString();
     }
     void destroyed(const String& n) {
-        std::lock_guard<std::mutex> held(mutex);
         deliver(n, Value(DST_UNDEF));
+        std::lock_guard<std::mutex> held(mutex);
         last.erase(n);
     }
 };
@@ -188,28 +187,17 @@ void onLoop(const std::function<void()>& job) {
     cv.wait(held, [&] { return done; });
 }
 
-size_t allocatedBytes() {
-#ifdef SYSEVENT_WITH_JEMALLOC
-    uint64_t epoch = 1;
-    size_t size = sizeof epoch;
-    mallctl("thread.tcache.flush", nullptr, nullptr, nullptr, 0);
-    mallctl("epoch", &epoch, &size, &epoch, size);
-    size_t allocated = 0;
-    size = sizeof allocated;
-    mallctl("stats.allocated", &allocated, &size, nullptr, 0);
-    return allocated;
-#else
-    return 0;
-#endif
-}
-
 struct Totals {
     std::atomic<unsigned long long> operations{0}, failures{0}, delivered{0};
 };
 
-struct Figures {
-    unsigned long long operations, failures, delivered;
-};
+// Under the engine lock: creates the name with `create` or destroys it.
+XCode createOrDestroy(bool make, const String& n, const std::function<XCode(Repository&)>& create) {
+    VXLockPtr<Repository> repository(Repository::INSTANCE());
+    if (make) return create(*repository);
+    repository->destroy(n);
+    return XCode();
+}
 
 class Soak {
 public:
@@ -236,34 +224,24 @@ public:
                     break;
                 }
                 case 3: {
-                    VXLockPtr<Repository> repository(Repository::INSTANCE());
-                    const unsigned i = pick(VARIABLES);
-                    if (pick(3)) {
-                        rc = repository->createVariable(name("v", i), "", Value(0ULL + pick(10)));
-                    } else {
-                        repository->destroy(name("v", i));
-                    }
+                    const String n = name("v", pick(VARIABLES));
+                    const Value v(0ULL + pick(10));
+                    rc = createOrDestroy(pick(3), n,
+                                         [&](Repository& r) { return r.createVariable(n, "", v); });
                     break;
                 }
                 case 4: {
-                    VXLockPtr<Repository> repository(Repository::INSTANCE());
-                    const unsigned i = pick(2);
-                    if (pick(2)) {
-                        rc = repository->createConstant(name("k", i), "", Value(0ULL + pick(5)));
-                    } else {
-                        repository->destroy(name("k", i));
-                    }
+                    const String n = name("k", pick(2));
+                    const Value v(0ULL + pick(5));
+                    rc = createOrDestroy(pick(2), n,
+                                         [&](Repository& r) { return r.createConstant(n, "", v); });
                     break;
                 }
                 case 5: {
-                    VXLockPtr<Repository> repository(Repository::INSTANCE());
                     const unsigned i = pick(EXPRESSIONS);
-                    if (pick(3)) {
-                        rc = repository->setExpression("soak", String::Formatted("e%u", i),
-                                                       FORMULAS[i]);
-                    } else {
-                        repository->destroyExpression("soak", String::Formatted("e%u", i));
-                    }
+                    rc = createOrDestroy(pick(3), name("e", i), [&](Repository& r) {
+                        return r.setExpression("soak", String::Formatted("e%u", i), FORMULAS[i]);
+                    });
                     break;
                 }
                 case 6: {
@@ -377,17 +355,21 @@ public:
         });
         checkView(*direct_);
         checkQuiet();
-        // Every tracked field holds what the database holds.
+        // Every tracked field holds what the database holds. The engine lock
+        // comes before the database's: the fields are read, and the
+        // transaction ended, before the engine is asked.
         std::map<String, String> fields;
-        DB::Transaction tx(DB::TRANSACTION_READ, db_);
-        ASSERT_TRUE(tx.start().isSuccess());
-        DB::ObjRead entry(tx);
-        ASSERT_TRUE(entry.setStructNo(db_->getBase()->getStructNo("Interface")).isSuccess());
-        for (XCode rc = entry.readFirst(); rc.isSuccess(); rc = entry.readNext()) {
-            String key, mtu;
-            ASSERT_TRUE(entry.get("name", key).isSuccess());
-            ASSERT_TRUE(entry.getAsString("mtu", mtu).isSuccess());
-            fields[key] = mtu;
+        {
+            DB::Transaction tx(DB::TRANSACTION_READ, db_);
+            ASSERT_TRUE(tx.start().isSuccess());
+            DB::ObjRead entry(tx);
+            ASSERT_TRUE(entry.setStructNo(db_->getBase()->getStructNo("Interface")).isSuccess());
+            for (XCode rc = entry.readFirst(); rc.isSuccess(); rc = entry.readNext()) {
+                String key, mtu;
+                ASSERT_TRUE(entry.get("name", key).isSuccess());
+                ASSERT_TRUE(entry.getAsString("mtu", mtu).isSuccess());
+                fields[key] = mtu;
+            }
         }
         for (unsigned i = 0; i < INTERFACES; ++i) {
             Value tracked;
@@ -468,8 +450,8 @@ void destroyEverything() {
 }
 
 // One round of the soak, with everything it made destroyed afterwards.
-Figures soakFor(std::chrono::milliseconds duration) {
-    Figures figures{};
+std::array<unsigned long long, 3> soakFor(std::chrono::milliseconds duration) {
+    std::array<unsigned long long, 3> figures;
     {
         Soak soak(std::chrono::steady_clock::now() + duration);
         soak.run();
@@ -489,14 +471,13 @@ TEST(Soak, EightClientsOnOneNamespace) {
     // second round starts and must end at the same level.
     soakFor(std::chrono::milliseconds(300));
     const size_t before = allocatedBytes();
-    const Figures figures = soakFor(duration);
+    const auto [operations, failures, delivered] = soakFor(duration);
     const size_t after = allocatedBytes();
     printf(
         "soak: %llu operations (%llu refused), %llu callbacks delivered in %lld s; "
         "allocated %zu -> %zu bytes\n",
-        figures.operations, figures.failures, figures.delivered,
-        static_cast<long long>(duration.count()), before, after);
-    EXPECT_GT(figures.operations, 0u);
+        operations, failures, delivered, static_cast<long long>(duration.count()), before, after);
+    EXPECT_GT(operations, 0u);
     EXPECT_LT(after, before + (1u << 20));
 }
 

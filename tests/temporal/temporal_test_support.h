@@ -37,30 +37,14 @@ inline int64_t nowMs() {
     return static_cast<int64_t>(d.getSeconds()) * 1000 + d.getNanoseconds() / 1000000;
 }
 
-inline VX::Time msTime(int64_t ms) {
-    int64_t s = ms / 1000, rest = ms % 1000;
-    if (rest < 0) {
-        rest += 1000;
-        --s;
-    }
-    return VX::Time(static_cast<int32_t>(s), static_cast<int32_t>(rest * 1000000));
-}
-
-// A duration of `ms` milliseconds (negative ones too).
+// A duration of `ms` milliseconds.
 inline Value duration(int64_t ms) {
-    return Value(msTime(ms), DST_REL_TIME);
+    return Value(
+        VX::Time(static_cast<int32_t>(ms / 1000), static_cast<int32_t>(ms % 1000 * 1000000)),
+        DST_REL_TIME);
 }
 inline Value num(unsigned long long u) {
     return Value(u);
-}
-inline Value flp(double d) {
-    return Value(d);
-}
-inline Value text(const char* s) {
-    return Value(s);
-}
-inline Value truth(bool b) {
-    return Value(b);
 }
 
 // A leaf holding `v`, like a variable's value node.

@@ -35,6 +35,8 @@ const GoldenCase CASES[] = {
     {"temporal", "run --manual-time --script tests/tool/golden/temporal.se", "", 0},
     {"functions", "run --manual-time --script tests/tool/golden/functions.se", "", 1},
     {"database", "run --manual-time --script tests/tool/golden/database.se", "", 0},
+    {"db_entries", "run --manual-time --script tests/tool/golden/db_entries.se", "", 1},
+    {"host_clock", "run --manual-time --script tests/tool/golden/host_clock.se", "", 1},
     {"line_monitor",
      "run examples/line-monitor/lines.se --manual-time --script examples/line-monitor/run.se", "",
      0},
@@ -62,6 +64,14 @@ const GoldenCase CASES[] = {
     {"replay", "run --manual-time --script tests/tool/golden/replay.se", "", 1},
     {"timeline", "run --manual-time --script tests/tool/golden/timeline.se --timeline @SVG@", "", 0,
      true},
+    // The engine's behaviour families, one transcript each.
+    {"engine_language", "run --manual-time --script tests/tool/golden/engine_language.se", "", 1},
+    {"engine_temporal", "run --manual-time --script tests/tool/golden/engine_temporal.se", "", 0},
+    {"engine_repository", "run --manual-time --script tests/tool/golden/engine_repository.se", "",
+     1},
+    {"engine_database", "run --manual-time --trace 2 --script tests/tool/golden/engine_database.se",
+     "", 1},
+    {"engine_observer", "run --manual-time --script tests/tool/golden/engine_observer.se", "", 0},
 };
 
 // `text` with every @SVG@ replaced by `path`.

@@ -1,39 +1,10 @@
-// Event: construction times and the two span operations.
+// Event: the span of two events taken together.
 #include <gtest/gtest.h>
 
-#include "host/runtime/manual_time.h"
 #include "sysevent/value/event.h"
 
 namespace VX::SysEvent {
 namespace {
-
-TEST(Event, Construction) {
-    Event none;
-    EXPECT_EQ(none.start, VX::Time());
-    EXPECT_EQ(none.end, VX::Time());
-    EXPECT_EQ(none.value.subtype, DST_UNDEF);
-
-    VX::ManualTime::ENABLE(VX::Time(1000, 5));
-    Event now(Value(1ULL));
-    VX::ManualTime::DISABLE();
-    EXPECT_EQ(now.start, VX::Time(1000, 5));
-    EXPECT_EQ(now.end, now.start);
-
-    Event at(VX::Time(7, 0), Value(true));
-    EXPECT_EQ(at.start, VX::Time(7, 0));
-    EXPECT_EQ(at.end, VX::Time(7, 0));
-}
-
-TEST(Event, SetTimeCopiesTimesOnly) {
-    Event a(VX::Time(1, 0), VX::Time(2, 0), Value("a"));
-    const Event b(VX::Time(5, 0), VX::Time(6, 0), Value("b"));
-    a.setTime(b);
-    EXPECT_EQ(a.start, VX::Time(5, 0));
-    EXPECT_EQ(a.end, VX::Time(6, 0));
-    EXPECT_EQ(a.value, Value("a"));
-    a.setTime(a);
-    EXPECT_EQ(a.start, VX::Time(5, 0));
-}
 
 TEST(Event, EmbraceTime) {
     const struct {

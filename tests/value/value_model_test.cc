@@ -1,5 +1,6 @@
-// Value model: classification, equality (the float rule included), display
-// texts and the engine's error codes.
+// Value model: equality (the float rule included), the display texts no
+// formula can produce (the rest are in the golden transcripts), and the
+// engine's error codes.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -19,21 +20,6 @@ VX::Time at(const char* iso) {
     VX::Clock c;
     EXPECT_TRUE(c.set(iso, 0).isSuccess()) << iso;
     return c.toTime();
-}
-
-TEST(ValueModel, DataTypeOfEverySubtype) {
-    const struct {
-        int subtype;
-        DataType type;
-    } cases[] = {
-        {0, DT_UNDEF},  {1, DT_EMPTY},  {2, DT_BOOL},   {3, DT_NUMBER}, {4, DT_NUMBER},
-        {5, DT_TIME},   {6, DT_TIME},   {7, DT_TIME},   {8, DT_TIME},   {9, DT_STRING},
-        {10, DT_ERROR}, {11, DT_ERROR}, {12, DT_ERROR}, {13, DT_ERROR}, {14, DT_ERROR},
-        {15, DT_UNDEF}, {42, DT_UNDEF}, {-1, DT_UNDEF},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Value(static_cast<DataSubType>(c.subtype)).getDataType(), c.type) << c.subtype;
-    }
 }
 
 struct EqualityCase {
@@ -91,27 +77,9 @@ TEST(ValueModel, DisplayTexts) {
     } cases[] = {
         {Value(DST_UNDEF), "#UNDEF!"},
         {Value(DST_EMPTY), ""},
-        {Value(true), "true"},
-        {Value(false), "false"},
-        {Value(18446744073709551615ULL), "18446744073709551615"},
-        {Value(0.1), "0.1"},
-        {Value(1e20), "1e+20"},
-        {Value(1234567.0), "1.23457e+06"},
-        {Value(-2.5), "-2.5"},
-        {Value(kInf), "inf"},
-        {Value("it's"), "'it's'"},
         {Value(String("ab\0cd", 5)), "'ab'"},
-        {Value(DST_ERR_DIV0), "#DIV/0!"},
-        {Value(DST_ERR_NA), "#N/A!"},
-        {Value(DST_ERR_NUM), "#NUM!"},
-        {Value(DST_ERR_VAL), "#VAL!"},
-        {Value(DST_ERR_GENERIC), "#ERR!"},
         {Value(static_cast<DataSubType>(15)), "#NOTYPE!"},
         {Value(static_cast<DataSubType>(-3)), "#NOTYPE!"},
-        {Value(at("2024-01-15T10:30:05"), DST_ABS_DATE_TIME), "2024-01-15T10:30:05"},
-        {Value(at("2024-01-15T00:00:00"), DST_ABS_DATE), "2024-01-15"},
-        {Value(at("1970-01-01T10:30:05"), DST_ABS_TIME), "10:30:05"},
-        {Value(VX::Time(5400, 0), DST_REL_TIME), "1h30m"},
     };
     for (const auto& c : cases) EXPECT_EQ(c.v.toString(), c.text);
 }
@@ -123,29 +91,6 @@ TEST(ValueModel, DateAndTimeTextsSplitAtTheT) {
     EXPECT_EQ(Value::STRING_OF_TIME(t), "23:59:58.25");
     EXPECT_EQ(Value::STRING_OF_DATE(VX::Time()), "1970-01-01");
     EXPECT_EQ(Value::STRING_OF_TIME(VX::Time()), "00:00:00");
-}
-
-TEST(ValueModel, TimeDeltaTexts) {
-    const struct {
-        VX::Time t;
-        const char* text;
-    } cases[] = {
-        {VX::Time(0, 0), "0s"},
-        {VX::Time(59, 0), "59s"},
-        {VX::Time(86400, 0), "1d"},
-        {VX::Time(0, 2000000), "2ms"},
-        {VX::Time(93784, 500000000), "1d2h3m4s500ms"},
-        {VX::Time(0, 500000000), "500ms"},
-        {VX::Time(3600, 0), "1h"},
-        {VX::Time(0, 250000), "250us"},
-        {VX::Time(0, 1500), "1500ns"},
-        {VX::Time(90061, 1), "1d1h1m1s1ns"},
-        {VX::Time(60, 0), "1m"},
-        {VX::Time(86400 + 60, 0), "1d1m"},
-        // The seconds are read as unsigned 32-bit: -1 is the largest duration.
-        {VX::Time(-1, 0), "49710d6h28m15s"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Value::STRING_OF_TIME_DELTA(c.t), c.text);
 }
 
 TEST(ValueModel, ErrorCodes) {
