@@ -234,19 +234,6 @@ FunctionNode::FunctionNode(const String& functionName, const String& parameterTe
     : Node(String()),
       m_functionName(functionName),
       m_parameterText(sharedParameterText(parameterText)) {
-    // "%s(%p)" as the C library prints it, without the formatter: every
-    // function node of every parse is named, most of them only to be
-    // dropped again for a shared one.
-    char address[2 + 2 * sizeof(void*) + 2];
-    char* end = address + sizeof address;
-    char* p = end;
-    *--p = ')';
-    for (auto a = reinterpret_cast<uintptr_t>(this); a; a >>= 4) *--p = "0123456789abcdef"[a & 15];
-    *--p = 'x';
-    *--p = '0';
-    *--p = '(';
-    m_name = functionName;
-    m_name += String(p, static_cast<size_t>(end - p));
     m_kind = KIND_FUNCTION;
     m_dirty = true;
 }
@@ -299,8 +286,19 @@ const String& FunctionNode::getName() const {
     // Made when first asked for: few nodes are ever asked, and the text
     // would be a heap block of its own in every one.
     if (m_name.isEmpty()) {
-        const_cast<String&>(m_name) =
-            String::Formatted("%s(%p)", m_functionName.c_str(), static_cast<const void*>(this));
+        // "%s(%p)" as the C library prints it, without the formatter.
+        char address[2 + 2 * sizeof(void*) + 2];
+        char* end = address + sizeof address;
+        char* p = end;
+        *--p = ')';
+        for (auto a = reinterpret_cast<uintptr_t>(this); a; a >>= 4)
+            *--p = "0123456789abcdef"[a & 15];
+        *--p = 'x';
+        *--p = '0';
+        *--p = '(';
+        String name = m_functionName;
+        name += String(p, static_cast<size_t>(end - p));
+        const_cast<String&>(m_name) = std::move(name);
     }
     return m_name;
 }

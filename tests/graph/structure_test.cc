@@ -87,6 +87,11 @@ TEST_F(Structure, CycleCheckAgreesWithReachabilityOnARandomGraph) {
             }
         }
     }
+    // The nodes' names, made on request, read as the C library prints them.
+    for (const auto& n : nodes) {
+        EXPECT_EQ(n->getName(), String::Formatted("%s(%p)", n->getFunctionName().c_str(),
+                                                  static_cast<const void*>(n.get())));
+    }
 }
 
 TEST_F(Structure, BadEditsFailWithTheGenericCodeAndNoText) {
