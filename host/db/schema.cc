@@ -12,7 +12,7 @@ namespace DB {
 
 class SchemaReader {
 public:
-    SchemaReader(sqlite3* conn, const String& what) : conn_(conn), what_(what) {}
+    SchemaReader(sqlite3* conn, const String& what) : conn_(conn), what_(what), statements_(conn) {}
 
     XCode read(Base& base);
 
@@ -26,6 +26,9 @@ private:
 
     sqlite3* conn_;
     String what_;
+    // The per-table queries, compiled once for all tables: compiling them
+    // again for each table took most of the time of opening a database.
+    detail::StatementCache statements_;
 };
 
 namespace {
@@ -145,8 +148,8 @@ XCode SchemaReader::readTable(StructDef& s) {
 
 XCode SchemaReader::readColumns(StructDef& s) {
     detail::Statement cols;
-    XCode rc =
-        cols.prepare(conn_, "SELECT name, type FROM pragma_table_info(?1) ORDER BY cid", what_);
+    XCode rc = cols.prepare(statements_,
+                            "SELECT name, type FROM pragma_table_info(?1) ORDER BY cid", what_);
     if (rc.isErr()) return rc;
     cols.bind(1, s.name);
     while (cols.step(rc)) {
@@ -247,7 +250,7 @@ XCode SchemaReader::readIndexes(StructDef& s) {
     // Indexes the schema created itself (automatic ones have no SQL), in the
     // order it created them: that order gives the index numbers.
     detail::Statement list;
-    XCode rc = list.prepare(conn_,
+    XCode rc = list.prepare(statements_,
                             "SELECT s.name, l.\"unique\", l.partial FROM sqlite_schema AS s"
                             " JOIN pragma_index_list(?1) AS l ON l.name = s.name"
                             " WHERE s.type = 'index' AND s.tbl_name = ?1 AND s.sql IS NOT NULL"
@@ -285,8 +288,8 @@ XCode SchemaReader::readIndexes(StructDef& s) {
 
 XCode SchemaReader::readIndex(StructDef& s, IndexDef& index) {
     detail::Statement cols;
-    XCode rc =
-        cols.prepare(conn_, "SELECT cid, name FROM pragma_index_info(?1) ORDER BY seqno", what_);
+    XCode rc = cols.prepare(statements_,
+                            "SELECT cid, name FROM pragma_index_info(?1) ORDER BY seqno", what_);
     if (rc.isErr()) return rc;
     cols.bind(1, index.sqlName);
     while (cols.step(rc)) {
