@@ -52,14 +52,15 @@ constexpr uint32_t ENGINE_ERROR_BASE = 0x16000000;
 // The code ENGINE_ERROR_BASE + (st mod 2^24), with no text.
 XCode errToXCode(DataSubType st);
 
-// The payload. The scalar kinds share one word (the subtype names the member
-// in use), so a value copies as its subtype, one word and, for a text only,
-// its string. Only a DST_STRING value holds text: every other value keeps
-// `string` empty, which is what lets a copy skip it. Default construction
-// zeroes the word.
+// The payload. The numbers and times share one word (the subtype names the
+// member in use), so a value copies as its subtype, one word, the flag and,
+// for a text only, its string. The flag stays a member of its own: a bool
+// read off another kind's word need not be a valid bool. Only a DST_STRING
+// value holds text: every other value keeps `string` empty, which is what
+// lets a copy skip it. Default construction zeroes the word and the flag.
 struct Data {
+    bool boolean = false;
     union {
-        bool boolean;
         unsigned long long uint;
         double flp;
         VX::Time time;
@@ -67,7 +68,7 @@ struct Data {
     String string;
 
     Data() : uint(0) {}
-    explicit Data(bool b) : uint(0) { boolean = b; }
+    explicit Data(bool b) : boolean(b), uint(0) {}
     explicit Data(unsigned long long u) : uint(u) {}
     explicit Data(double d) : flp(d) {}
     explicit Data(const VX::Time& t) : time(t) {}
@@ -75,8 +76,11 @@ struct Data {
     explicit Data(const String& s) : uint(0), string(s) {}
     explicit Data(const char* s) : uint(0), string(s) {}
 
-    // The shared word, whichever member holds it.
-    void copyWord(const Data& other) { std::memcpy(&uint, &other.uint, sizeof uint); }
+    // The shared word, whichever member holds it, and the flag.
+    void copyWord(const Data& other) {
+        boolean = other.boolean;
+        std::memcpy(&uint, &other.uint, sizeof uint);
+    }
 };
 static_assert(sizeof(VX::Time) <= sizeof(unsigned long long), "a time fits the payload word");
 
