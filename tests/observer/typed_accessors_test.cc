@@ -65,7 +65,10 @@ TEST_F(TypedAccessors, EachOutTypeAcceptsExactlyItsKinds) {
         const std::string accepts = row.accepts;
         auto takes = [&](char type) { return accepts.find(type) != std::string::npos; };
         const Data& d = row.value.data;
-        expectRead(row.name, !d.boolean, takes('B'), d.boolean);
+        // The payload's boolean is read only where it is one: the scalar kinds
+        // share one word, and a number's bytes are no valid bool.
+        const bool b = takes('B') && d.boolean;
+        expectRead(row.name, !b, takes('B'), b);
         expectRead(row.name, 424242ULL, takes('U'), d.uint);
         expectRead(row.name, -1.0, takes('D'), d.flp);
         expectRead(row.name, VX::Clock(VX::Time(12345, 0)), takes('C'), d.time);
