@@ -633,9 +633,9 @@ void runAll() {
 
 }  // namespace
 
-// The workloads run on a thread with a large stack: walks over graph depth
-// still recurse, and the deepest shape here (cellx5000, 5,000 layers) does
-// not fit the default 8 MB.
+// The workloads run on a thread with a large stack, which the engine's walks
+// over graph depth no longer need (they keep their own stacks); the depth
+// test in tests/graph is what runs them on a small one.
 // Arguments: workload names to run (and "memory"); none runs everything.
 int main(int argc, char** argv) {
     g_selected.assign(argv + 1, argv + argc);
