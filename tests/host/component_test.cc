@@ -1,32 +1,13 @@
-// The component model: identifiers, interface queries and the order they are
-// asked in, reference counts, destruction under the lock, and info rows.
+// The component model: interface queries and the order they are asked in,
+// reference counts, and destruction under the lock.
 #include <gtest/gtest.h>
 
 #include "components.h"
 #include "host/component/driver_repository.h"
-#include "host/component/info.h"
-#include "host/component/uuid.h"
 
 namespace {
 
 using namespace test_components;
-
-TEST(UUIDTest, TextAndBytes) {
-    constexpr VX::UUID id = VX::UUID::OF("c9386e21-1ce2-4f5b-aaee-6963a31f920e");
-    static_assert(id == VX::UUID(VX::UUID::Bytes{0xc9, 0x38, 0x6e, 0x21, 0x1c, 0xe2, 0x4f, 0x5b,
-                                                 0xaa, 0xee, 0x69, 0x63, 0xa3, 0x1f, 0x92, 0x0e}));
-    static_assert(!id.isNil() && VX::UUID().isNil());
-    EXPECT_EQ(id.toString(), "c9386e21-1ce2-4f5b-aaee-6963a31f920e");
-    VX::UUID parsed;
-    ASSERT_TRUE(VX::UUID::PARSE("C9386E21-1CE2-4F5B-AAEE-6963A31F920E", parsed));
-    EXPECT_EQ(parsed, id);
-    for (const char* bad :
-         {"", "c9386e21-1ce2-4f5b-aaee-6963a31f920", "c9386e21-1ce2-4f5b-aaee-6963a31f920e0",
-          "c9386e211-ce2-4f5b-aaee-6963a31f920e", "g9386e21-1ce2-4f5b-aaee-6963a31f920e"}) {
-        EXPECT_FALSE(VX::UUID::PARSE(bad, parsed)) << bad;
-        EXPECT_EQ(parsed, id) << bad;
-    }
-}
 
 TEST(ComponentTest, QueriesAnswerListedInterfacesWithAReference) {
     VXPtr<CFooBarBaz> object = new CFooBarBaz(DID_A, "test/object");
@@ -102,7 +83,7 @@ private:
     bool* held_;
 };
 
-TEST(ComponentTest, ProtectedReleaseDestroysUnderTheLockAndInfoRowsIndent) {
+TEST(ComponentTest, ProtectedReleaseDestroysUnderTheLock) {
     VXLock lock;
     bool held = false;
     CLockProbe* probe = new CLockProbe(&lock, &held);
@@ -114,11 +95,6 @@ TEST(ComponentTest, ProtectedReleaseDestroysUnderTheLockAndInfoRowsIndent) {
     probe->addRef();
     probe->release();  // takes no lock
     EXPECT_FALSE(held);
-
-    InfoContainer info;
-    info.add(0, 0, "Constant", "example.pi");
-    info.add(1, 0, "Value", "3.14");
-    EXPECT_EQ(info.toString(), "Constant: example.pi\n  Value: 3.14\n");
 }
 
 }  // namespace

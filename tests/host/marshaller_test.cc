@@ -1,6 +1,5 @@
-// VXMarshaller: the primitive forms byte for byte, reads that fail and leave
-// the rest (short buffers, lengths past the end, times out of range), and
-// buffers shared between copies until one of them changes.
+// VXMarshaller: the primitive forms byte for byte, and reads that fail and
+// leave the rest (short buffers, lengths past the end, times out of range).
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -75,23 +74,6 @@ TEST(MarshallerTest, FailedReadsLeaveValueAndBuffer) {
     EXPECT_TRUE(m.removeHeader(out, 3).isErr());
     EXPECT_TRUE(m.removeHeader(nullptr, 1).isSuccess());  // skip
     EXPECT_TRUE(m.removeHeader(out, 1).isSuccess() && out[0] == 'b');
-}
-
-TEST(MarshallerTest, CopiesShareUntilOneChanges) {
-    VXMarshaller a;
-    a.marshal(1);
-    a.marshal(2);
-    VXMarshaller b = a, c = a;
-    EXPECT_EQ(a.getData(), b.getData());
-    int v = 0;
-    ASSERT_TRUE(b.unmarshal(v).isSuccess() && v == 1);  // reading changes b only
-    c.marshal(3);                                       // writing changes c only
-    EXPECT_EQ(bytes(a), native({1, 2}));
-    EXPECT_EQ(bytes(b), native({2}));
-    EXPECT_EQ(bytes(c), native({1, 2, 3}));
-    const uint8_t* before = c.getData();
-    c.copyOnWrite();  // an unshared buffer is not copied
-    EXPECT_EQ(c.getData(), before);
 }
 
 }  // namespace

