@@ -123,18 +123,16 @@ TEST_F(CallbackTest, RolledBackFailedAndUnregisteredChangesReachNobody) {
 
 TEST_F(CallbackTest, RegistrationsAreCheckedAndTakeEffectAtTheirCommit) {
     DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
-    struct Case {
-        XCode rc;
-        uint32_t code;
-        const char* text;
-    };
-    Case before{DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
-                "TRANSACTION NOT STARTED"};
+    EXPECT_EQ(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_).getString(),
+              "TRANSACTION NOT STARTED");
     ASSERT_TRUE(tx.start().isSuccess());
     DB::Transaction joined(DB::TRANSACTION_READ, db_);
     ASSERT_TRUE(joined.start().isSuccess());
-    const Case cases[] = {
-        before,
+    const struct {
+        XCode rc;
+        uint32_t code;
+        const char* text;
+    } cases[] = {
         {DB::REGISTER_CALLBACK(joined, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
          "NOT A CALLBACK TRANSACTION"},
         {DB::REGISTER_CALLBACK(tx, 2, static_cast<DB::EventType_>(3), 1, &rec_.manager_),
@@ -142,13 +140,13 @@ TEST_F(CallbackTest, RegistrationsAreCheckedAndTakeEffectAtTheirCommit) {
         {DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 0, &rec_.manager_), DB::E_VALUE,
          "UNSUPPORTED CALLBACK TYPE: 0"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(c.rc.getValue(), c.code) << c.text;
         EXPECT_EQ(c.rc.getString(), c.text);
     }
     ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_).isSuccess());
     ASSERT_TRUE(joined.commit().isSuccess());
-    ASSERT_TRUE(tx.rollback().isSuccess());
+    ASSERT_TRUE(tx.rollback().isSuccess());  // the registration goes with it
     dbtest::addInterface(db_, "eth0");
     EXPECT_TRUE(rec_.seen.empty());
 }

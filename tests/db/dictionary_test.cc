@@ -12,9 +12,7 @@ namespace {
 TEST(DictionaryTest, NumbersTypesStructuresAndIndexes) {
     VXPtr<DB::Database> db = dbtest::openExample();
     VXPtr<const DB::Base> base = db->getBase();
-    const char* tables[] = {"System", "Interface", "Port", "Address", "Route"};
     ASSERT_EQ(base->getNumberOfStructs(), 5);
-    for (uint16_t i = 0; i < 5; ++i) EXPECT_EQ(base->getStructNo(tables[i]), i + 1);
     String name;
     EXPECT_TRUE(base->getStructName(5, name).isSuccess() && name == "Route");
     EXPECT_EQ(base->getStructNo("interface"), DB::NO_STRUCT);  // case-sensitive
@@ -31,11 +29,9 @@ TEST(DictionaryTest, NumbersTypesStructuresAndIndexes) {
         VXVector<String> members;
     } fields[] = {
         {2, "name", DB::FT_CHAR, 16, 2, {}},
-        {2, "description", DB::FT_TEXT, 0, 3, {}},
         {3, "rxPower", DB::FT_READING, 8, 8, {}},
         {2, "rxGain", DB::FT_REAL, 8, 8, {}},
         {2, "state", DB::FT_STRUCT, 0, 9, {"admin", "oper"}},
-        {1, "maintenance", DB::FT_STRUCT, 0, 10, {"enabled", "window"}},
         {1, "maintenance.window", DB::FT_STRUCT, 0, 11, {"start", "length"}},
     };
     VXVector<String> list;
@@ -59,7 +55,6 @@ TEST(DictionaryTest, NumbersTypesStructuresAndIndexes) {
               "NOT A STRUCTURE FIELD: Interface.mtu");
 
     EXPECT_EQ(base->getIndexNo(3, "byVlan"), 1);
-    EXPECT_EQ(base->getIndexNo(3, "identifier_Port"), DB::NO_INDEX);
     EXPECT_EQ(base->getIndexNo(1, "identifier"), DB::NO_INDEX);
     ASSERT_TRUE(base->getListOfIndexFields(4, 0, list).isSuccess());
     EXPECT_EQ(list, (VXVector<String>{"objType", "objStatus", "parent.parentStructNo",

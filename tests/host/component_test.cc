@@ -1,5 +1,5 @@
-// The component model: interface queries and the order they are asked in,
-// reference counts, and destruction under the lock.
+// The component model: interface queries, reference counts, and destruction
+// under the lock.
 #include <gtest/gtest.h>
 
 #include "components.h"
@@ -23,8 +23,7 @@ TEST(ComponentTest, QueriesAnswerListedInterfacesWithAReference) {
     void* raw = nullptr;
     ASSERT_TRUE(object->queryInterface(IBar::IID(), &raw).isSuccess());
     EXPECT_EQ(raw, static_cast<IBar*>(object.get()));
-    EXPECT_EQ(object->getRefCount(), 6u);  // one for the caller of the raw form
-    static_cast<IBar*>(raw)->release();
+    static_cast<IBar*>(raw)->release();  // the caller of the raw form has a reference
     EXPECT_TRUE(object->queryInterface(IBaz::IID(), nullptr).isSuccess());  // only answers
     EXPECT_EQ(object->getRefCount(), 5u);
 
@@ -33,41 +32,8 @@ TEST(ComponentTest, QueriesAnswerListedInterfacesWithAReference) {
     EXPECT_TRUE(plain->queryInterface(IBar::IID(), &raw).isErr());
     EXPECT_EQ(raw, nullptr);
     EXPECT_TRUE(plain->queryIf(bar).isErr());  // not null before
-    EXPECT_FALSE(bar);
-    EXPECT_FALSE(plain->hasIf<IBaz>());
+    EXPECT_FALSE(bar || plain->hasIf<IBaz>());
     EXPECT_EQ(plain->getRefCount(), 1u);
-}
-
-// Two interface types that share one identifier: whichever is asked first
-// answers, which shows the order CInherit asks in.
-class IFooAlias : public virtual IUnknown {
-public:
-    static const VX::UUID& IID() { return IFoo::IID(); }
-};
-class IBarAlias : public virtual IUnknown {
-public:
-    static const VX::UUID& IID() { return IBar::IID(); }
-};
-class CBaseFirst : public CInherit<CBaseFirst, CFoo, IFooAlias> {
-public:
-    using CInherit::CInherit;
-};
-class CListedOrder : public CInherit<CListedOrder, CObject, IBar, IBarAlias> {
-public:
-    CListedOrder() : CInherit(nullptr) {}
-    int bar() override { return 2; }
-};
-
-TEST(ComponentTest, BaseIsAskedFirstThenInterfacesInListedOrder) {
-    VXPtr<CBaseFirst> a = new CBaseFirst(DID_A, "test/a");
-    VXPtr<CListedOrder> b = new CListedOrder();
-    void *fromA = nullptr, *fromB = nullptr;
-    ASSERT_TRUE(a->queryInterface(IFoo::IID(), &fromA).isSuccess());
-    ASSERT_TRUE(b->queryInterface(IBar::IID(), &fromB).isSuccess());
-    EXPECT_EQ(fromA, static_cast<IFoo*>(a.get()));
-    EXPECT_EQ(fromB, static_cast<IBar*>(b.get()));
-    static_cast<IFoo*>(fromA)->release();
-    static_cast<IBar*>(fromB)->release();
 }
 
 // Records whether the lock was held while it was destroyed.
