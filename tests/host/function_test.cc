@@ -1,9 +1,10 @@
-// VX::Function: the three deliveries, and what happens to queued calls when
-// the implementation goes away.
+// VX::Function: what happens to queued calls when the implementation goes
+// away, and what queued calls return and copy. The deliveries themselves (on
+// the caller's thread, synchronously under the lock, queued in order) are
+// the Observer's delivery tests.
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "host/runtime/crit.h"
@@ -42,31 +43,6 @@ protected:
     Calls calls_;
 };
 
-TEST_F(FunctionTest, DirectSyncAndQueuedDeliveries) {
-    std::thread::id ranOn;
-    VX::Function<int(int)> direct(VX::directCall(), [&](int x) {
-        ranOn = std::this_thread::get_id();
-        return x * 2;
-    });
-    EXPECT_EQ(direct(21), 42);
-    EXPECT_EQ(ranOn, std::this_thread::get_id());
-    EXPECT_EQ(VX::Function<int(int)>()(7), 0);  // without a callable: the default result
-
-    make(VX::Delivery::Sync)("sync", 0);  // at once, under the loop's lock
-    EXPECT_FALSE(lock_.isHeldByMe());
-    F queued = make(VX::Delivery::Queued);
-    String name = "first";
-    queued(name, 1);
-    name = "changed";  // the arguments were copied
-    queued("second", 2);
-    EXPECT_EQ(calls_.size(), 1u);
-    VX::Function<int()> g(
-        loop_, [] { return 1; }, VX::Delivery::Queued);
-    EXPECT_EQ(g(), 0);  // a queued call returns the default at once
-    VX::ManualTime::ADVANCE(0);
-    EXPECT_EQ(calls_, (Calls{{"sync", 0, true}, {"first", 1, true}, {"second", 2, true}}));
-}
-
 // Queued calls go with the last sharer of the implementation, unless it keeps
 // them; then the implementation (and what its callable owns) goes only after
 // the last kept call ran.
@@ -74,12 +50,18 @@ TEST_F(FunctionTest, QueuedCallsAndTheLastSharer) {
     F copy;
     {
         F f = make(VX::Delivery::Queued);
-        f("a", 1);
+        String name = "a";
+        f(name, 1);
+        name = "changed";  // the arguments were copied
         copy = f;
         F dropped = make(VX::Delivery::Queued);
         dropped("dropped", 0);
     }
     copy("b", 2);
+    VX::Function<int()> g(
+        loop_, [] { return 1; }, VX::Delivery::Queued);
+    EXPECT_EQ(g(), 0);  // a queued call returns the default at once
+    EXPECT_TRUE(calls_.empty());
     VX::ManualTime::ADVANCE(0);
     EXPECT_EQ(calls_, (Calls{{"a", 1, true}, {"b", 2, true}}));
 
