@@ -125,7 +125,6 @@ TEST_F(DriverRepositoryTest, ListsByTypePrefixAndInterfaceInRegistrationOrder) {
         const char* expected;
     } cases[] = {
         {DID_A, "test/", IFoo::IID(), " test/x/1 test/x/2 test/y/4"},
-        {DID_A, "test/x/", IBar::IID(), " test/x/1"},
         {VX::UUID(), "test/x/", VX::UUID(), " test/x/1 test/x/2 test/x/3"},
         {DID_A, "test/z", IFoo::IID(), ""},
     };
