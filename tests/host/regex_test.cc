@@ -16,9 +16,7 @@ TEST(RegExTest, MatchesAndCaptures) {
         const char *whole, *first;  // whole null: no match; first null: group 1 unset
     } cases[] = {
         {LINE, "line12.up", "line12.up", "12"},
-        {LINE, "line.up", nullptr, nullptr},
-        {LINE, "line1.2.up", nullptr, nullptr},
-        {LINE, "xline1.up", nullptr, nullptr},
+        {LINE, "xline1.up", nullptr, nullptr},             // (name patterns are the engine's tests)
         {"^port([^\\.\\:]+)", "port7.a.b", "port7", "7"},  // prefix form
         {"b+", "abbbc", "bbb", nullptr},                   // unanchored: anywhere
         {"(a)|(b)", "b", "b", nullptr},

@@ -36,12 +36,8 @@ TEST(ClockTest, ReadsWhatItCanAndRefusesTheRestKeepingItsValue) {
     } cases[] = {
         {"2021-03-07T09:05:00.25xyz", 250000000, 22},
         {"2021-03-07T09:05:00.", 0, 19},  // a dot without digits
-        {"2021-3-7T9:5:0", 0, 14},
         {"2021-03-07 09:05:00", 0, 0},
-        {"2021-03-07T09:05", 0, 0},
-        {"2021-03-07T23:59:60", 0, 0},
-        {"2021-02-29T00:00:00", 0, 0},
-        {"", 0, 0},
+        {"2021-03-07T09:05", 0, 0},  // (the calendar's refusals: host_clock)
     };
     for (const auto& c : cases) {
         Clock clock(Time(42, 0));
