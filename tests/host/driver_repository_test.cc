@@ -1,6 +1,8 @@
-// The driver repository: registration, look-up, listing order, the reference
-// that keeps a registered driver alive, and observers (including re-entrant
-// changes from inside their callbacks).
+// The driver repository: registration, look-up, the reference that keeps a
+// registered driver alive, and observers (including re-entrant changes from
+// inside their callbacks). Listings by type, prefix and interface, in
+// registration order, are what the engine's name patterns are made of (its
+// tests).
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -11,18 +13,6 @@
 namespace {
 
 using namespace test_components;
-
-// The driver names of `found`, in order, each after a space.
-template <class I>
-String names(const VXVector<VXPPtr<I>>& found) {
-    String out;
-    for (const VXPPtr<I>& i : found) {
-        VXPPtr<IDriver> d;
-        EXPECT_TRUE(i->queryIf(d).isSuccess());
-        out += " " + d->getDriverName();
-    }
-    return out;
-}
 
 // Records every callback as " observer:+name" or " observer:-name"; runs `onAdded` / `onRemoved`
 // hooks from inside the callback. Unregisters itself when destroyed.
@@ -111,36 +101,6 @@ TEST_F(DriverRepositoryTest, AddGetRemoveAndTheirFailures) {
     VXPPtr<IDriver> client = add(new CFoo(DID_A, "test/client", &destroyed));
     ASSERT_TRUE(DRIVER::REMOVE(client).isSuccess());
     EXPECT_FALSE(client->getDriverRepository() || destroyed);  // the client's reference
-}
-
-TEST_F(DriverRepositoryTest, ListsByTypePrefixAndInterfaceInRegistrationOrder) {
-    add(new CFooBar(DID_A, "test/x/1"));
-    add(new CFoo(DID_A, "test/x/2"));
-    add(new CFooBar(DID_B, "test/x/3"));
-    add(new CFooBarBaz(DID_A, "test/y/4"));
-    const struct {
-        VX::UUID did;
-        const char* prefix;
-        VX::UUID iid;
-        const char* expected;
-    } cases[] = {
-        {DID_A, "test/", IFoo::IID(), " test/x/1 test/x/2 test/y/4"},
-        {VX::UUID(), "test/x/", VX::UUID(), " test/x/1 test/x/2 test/x/3"},
-        {DID_A, "test/z", IFoo::IID(), ""},
-    };
-    for (const auto& c : cases) {
-        VXVector<VXPPtr<IDriver>> found;
-        ASSERT_TRUE(DRIVER::GET_INTERFACES(c.did, c.prefix, c.iid, found).isSuccess());
-        EXPECT_EQ(names(found), c.expected) << c.prefix << " " << c.iid.toString().c_str();
-    }
-    // Re-registering puts a driver last; the typed listing gives interfaces.
-    VXPPtr<IDriver> first;
-    ASSERT_TRUE(DRIVER::GET_IF("test/x/1", first).isSuccess());
-    DRIVER::REMOVE(first);
-    DRIVER::ADD(first);
-    VXVector<VXPPtr<IBar>> bars;
-    ASSERT_TRUE(DRIVER::GET_INTERFACES(DID_A, "test/", bars).isSuccess());
-    EXPECT_EQ(names(bars), " test/y/4 test/x/1");
 }
 
 // Observers hear of matching drivers only, by priority, then in registration
