@@ -77,7 +77,7 @@ TEST_F(DriverRepositoryTest, AddGetRemoveAndTheirFailures) {
     VXPPtr<IDriver> dup(new CFoo(DID_A, "test/a"));
     EXPECT_EQ(a->getDriverRepository(), DRIVER::INSTANCE());
     VXPPtr<IBar> bar;
-    VXPPtr<IBaz> baz = new CFooBarBaz(DID_A, "test/unregistered");
+    VXPPtr<IBaz> baz;
     ASSERT_TRUE(DRIVER::GET_IF("test/a", bar).isSuccess());
     EXPECT_EQ(bar->bar(), 2);
     const struct {
