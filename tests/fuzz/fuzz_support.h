@@ -36,10 +36,9 @@
 
 namespace FuzzSupport {
 
-// Timers then fire only when an input advances the clock, so a run repeats
-// exactly and never waits. `restart` sets the clock back to its start.
-inline void USE_MANUAL_TIME(bool restart = false) {
-    if (VX::ManualTime::IS_ENABLED() && !restart) return;
+// The clock at the same start for every input: timers then fire only when
+// an input advances it, so a run repeats exactly and never waits.
+inline void USE_MANUAL_TIME() {
     VX::Clock start;
     start.set("2024-01-01T00:00:00");
     VX::ManualTime::ENABLE(start.toTime());
@@ -60,13 +59,15 @@ inline void DESTROY_ALL_NAMES(std::initializer_list<String> kept = {}) {
 // two thirds of each input) and emptied for every input in one transaction:
 // its entries go (children with their parents), so that UIDs start again
 // from 1. Nobody is registered for its changes then: the last input's
-// tracker is gone.
+// tracker is gone. One whose schema an input changed is made afresh.
 inline const VXPtr<DB::Database>& EMPTY_DATABASE() {
     static VXPtr<DB::Database> db;
-    if (!db) {
+    static VXPtr<const DB::Base> bundled;  // held, so that no other can take its address
+    if (!db || db->getBase().get() != bundled.get()) {
         FUZZ_CHECK(DB::Database::OPEN_IN_MEMORY(db).isSuccess() &&
                        db->applySchema(SysEventTool::BUNDLED_SCHEMA).isSuccess(),
                    "no in-memory database");
+        bundled = db->getBase();
     }
     DB::Transaction tx(DB::TRANSACTION_WRITE, db);
     FUZZ_CHECK(tx.start().isSuccess(), "cannot empty the database");
@@ -74,8 +75,8 @@ inline const VXPtr<DB::Database>& EMPTY_DATABASE() {
         DB::ObjRead entry(tx);
         entry.setStructNo(no);
         while (entry.readFirst().isSuccess()) {
-            const XCode rc = DB::ObjWrite(tx).remove(entry.getStructName(), entry.getUID());
-            FUZZ_CHECK(rc.isSuccess(), "an entry stays: %s", rc.toString().c_str());
+            FUZZ_CHECK(DB::ObjWrite(tx).remove(entry.getStructName(), entry.getUID()).isSuccess(),
+                       "a %s entry stays", entry.getStructName().c_str());
         }
     }
     FUZZ_CHECK(tx.commit().isSuccess(), "cannot empty the database");
@@ -85,9 +86,8 @@ inline const VXPtr<DB::Database>& EMPTY_DATABASE() {
 // As `sysevent run --manual-time --script` would, against the bundled schema
 // in an empty in-memory database, output dropped; then every name is gone.
 inline void RUN_SCRIPT(const std::string& text) {
-    USE_MANUAL_TIME(true);
-    static FILE* sink = fopen("/dev/null", "w");
-    static SysEventTool::Output output(sink, sink);
+    USE_MANUAL_TIME();
+    static SysEventTool::Output output(fopen("/dev/null", "w"), fopen("/dev/null", "w"));
     {
         SysEventTool::Session session(output, true);
         session.useDatabase(EMPTY_DATABASE());
