@@ -50,21 +50,15 @@ const char* const FORMULAS[] = {"v0 + v1 * 2",
                                 "DEBOUNCEINC(v7 > 3, 1ms) || ONCE(v8 == 9)"};
 constexpr unsigned EXPRESSIONS = std::size(FORMULAS);
 
-String name(const char* kind, unsigned i) {
-    return String::Formatted("soak.%s%u", kind, i);
-}
-
-String dbName(unsigned i) {
-    return String::Formatted("db.Interface:soak%u.mtu", i);
-}
+const auto name = [](const char* k, unsigned i) { return String::Formatted("soak.%s%u", k, i); };
+const auto dbName = [](unsigned i) { return String::Formatted("db.Interface:soak%u.mtu", i); };
 
 // What one Observer received: the last value of each name, and the count and
 // a running hash of every delivery in order.
 struct Record {
     std::mutex mutex;
     std::map<String, String> last;
-    unsigned long long count = 0;
-    unsigned long long hash = 1469598103934665603ULL;
+    unsigned long long count = 0, hash = 1469598103934665603ULL;
 
     // A destroyed name's last call carries "#N/A!", then the name is gone.
     void deliver(const String& n, const Value& v, bool destroyed = false) {
@@ -80,41 +74,31 @@ enum Kind { DIRECT, SYNC, QUEUED };
 
 template <typename Callback, typename F>
 Callback via(Kind kind, F f, bool keepQueued) {
-    Callback callback = kind == DIRECT ? Callback(directCall(), f)
-                                       : Callback(EVENT_LOOP(), f,
-                                                  kind == SYNC ? Delivery::Sync : Delivery::Queued);
+    Callback callback(directCall(), f);
+    if (kind != DIRECT)
+        callback = Callback(EVENT_LOOP(), f, kind == SYNC ? Delivery::Sync : Delivery::Queued);
     callback.setDontCancelOnDestruction(keepQueued);
     return callback;
 }
 
-std::unique_ptr<Observer> observe(Kind kind, const std::shared_ptr<Record>& r, bool keep = false) {
-    return std::make_unique<Observer>(
-        via<Observer::ValueChangeCallback>(
-            kind, [r](String n, Value v) { r->deliver(n, v); }, keep),
-        via<Observer::DestroyCallback>(
-            kind, [r](String n) { r->deliver(n, Value(DST_UNDEF), true); }, keep));
+std::unique_ptr<Observer> observe(Kind k, const std::shared_ptr<Record>& r, const String& pattern,
+                                  bool now, bool keep = false) {
+    auto onChange = [r](String n, Value v) { r->deliver(n, v); };
+    auto onDestroy = [r](String n) { r->deliver(n, Value(DST_UNDEF), true); };
+    auto observer =
+        std::make_unique<Observer>(via<Observer::ValueChangeCallback>(k, onChange, keep),
+                                   via<Observer::DestroyCallback>(k, onDestroy, keep));
+    observer->addTo(pattern, now);
+    return observer;
 }
 
 // A queued Observer and its direct twin on the same pattern, made and
 // destroyed together under the engine lock, so that both see the same changes.
 struct Pair {
-    std::shared_ptr<Record> direct = std::make_shared<Record>();
-    std::shared_ptr<Record> queued = std::make_shared<Record>();
+    std::shared_ptr<Record> direct{new Record}, queued{new Record};
     bool keepQueued = false;
-    std::unique_ptr<Observer> directObserver, queuedObserver;
+    std::unique_ptr<Observer> directObserver{}, queuedObserver{};
 };
-
-// Returns the number of calls both received.
-unsigned long long checkPair(const Pair& p) {
-    std::scoped_lock held(p.direct->mutex, p.queued->mutex);
-    if (p.keepQueued) {
-        EXPECT_EQ(p.queued->count, p.direct->count);
-        EXPECT_EQ(p.queued->hash, p.direct->hash);
-    } else {
-        EXPECT_LE(p.queued->count, p.direct->count);
-    }
-    return p.direct->count + p.queued->count;
-}
 
 // Under the engine lock: the value of every published name under "soak.",
 // and, when asked, the node behind each.
@@ -125,8 +109,7 @@ std::map<String, String> published(Repository& repository, std::vector<Node*>* p
     for (const VXPPtr<INode>& node : nodes) {
         VXPPtr<IRead> read;
         if (node->queryIf(read).isSuccess()) values[read->getName()] = read->getValue().toString();
-        if (!proxies) continue;
-        if (VXLWPtr<ProxyNode> proxy = node->getNode()) proxies->push_back(proxy.get());
+        if (proxies && node->getNode()) proxies->push_back(node->getNode().get());
     }
     return values;
 }
@@ -196,68 +179,56 @@ struct Soak {
             EXPECT_TRUE(tracker.onDatabaseEvent(type, entry).isSuccess());
         });
         VXAutoLock engine(LOCK());
-        for (Kind k : {DIRECT, SYNC, QUEUED}) {
-            observers[k] = observe(k, records[k], k == QUEUED);
-            observers[k]->addTo("soak.%", true);
-        }
+        for (Kind k : {DIRECT, SYNC, QUEUED})
+            observers[k] = observe(k, records[k], "soak.%", true, k == QUEUED);
     }
 
     void client(unsigned seed) {
-        auto set = [](Soak&, Client& c) {
-            return Repository::SET_VALUE(name("v", c.pick(VARIABLES)), Value(0ULL + c.pick(10)));
-        };
-        auto read = [](Soak&, Client& c) {
-            Value v;
+        // Two sets for one read.
+        auto setOrRead = [](Soak&, Client& c) {
+            Value v(0ULL + c.pick(10));
+            if (c.pick(3)) return Repository::SET_VALUE(name("v", c.pick(VARIABLES)), v);
             return Repository::GET_VALUE(name(c.pick(2) ? "v" : "e", c.pick(EXPRESSIONS)), v);
         };
-        auto makeOrDestroy = [](Soak&, Client& c) {
+        auto make = [](Soak&, Client& c) {
             const Family& f = FAMILIES[c.pick(std::size(FAMILIES))];
             const unsigned i = c.pick(f.count);
-            VXLockPtr<Repository> repository(Repository::INSTANCE());
-            if (c.pick(f.odds))
-                return f.make(*repository, name(f.kind, i), i, Value(0ULL + c.pick(10)));
-            repository->destroy(name(f.kind, i));
+            VXLockPtr<Repository> r(Repository::INSTANCE());
+            if (c.pick(f.odds)) return f.make(*r, name(f.kind, i), i, Value(0ULL + c.pick(10)));
+            r->destroy(name(f.kind, i));
             return XCode();
         };
         auto group = [](Soak&, Client& c) {
-            VXLockPtr<Repository> repository(Repository::INSTANCE());
+            VXLockPtr<Repository> r(Repository::INSTANCE());
             const String member = String::Formatted("soak.g%u.x", c.pick(3));
-            if (c.pick(2)) {
-                const XCode rc = repository->setValue(member, Value(0ULL + c.pick(4)));
-                if (rc.isErr() || c.pick(2)) return rc;
-                return repository->createExpression("soak.g%", "y", "x * 10 + v0");
-            }
-            c.pick(2) ? repository->destroy(member) : repository->destroyExpression("soak.g%", "y");
-            return XCode();
+            const unsigned op = c.pick(4);
+            XCode rc = op < 2 ? r->setValue(member, Value(0ULL + c.pick(4))) : XCode();
+            if (op == 0 && rc.isSuccess()) rc = r->createExpression("soak.g%", "y", "x * 10 + v0");
+            if (op == 2) r->destroy(member);
+            if (op == 3) r->destroyExpression("soak.g%", "y");
+            return rc;
         };
         auto attach = [](Soak& s, Client& c) {
             VXAutoLock engine(LOCK());
             if (c.pairs.size() < 3 && c.pick(2)) {
-                Pair p;
-                p.keepQueued = c.pick(2);
-                p.directObserver = observe(c.pick(2) ? DIRECT : SYNC, p.direct);
-                p.queuedObserver = observe(QUEUED, p.queued, p.keepQueued);
+                Pair& p = c.pairs.emplace_back(Pair{.keepQueued = c.pick(2) == 1});
                 const String pattern = c.pick(2) ? String("soak.%") : name("v", c.pick(4));
                 const bool now = c.pick(2);
-                p.directObserver->addTo(pattern, now);
-                p.queuedObserver->addTo(pattern, now);
-                c.pairs.push_back(std::move(p));
+                p.directObserver = observe(c.pick(2) ? DIRECT : SYNC, p.direct, pattern, now);
+                p.queuedObserver = observe(QUEUED, p.queued, pattern, now, p.keepQueued);
             } else if (!c.pairs.empty()) {
                 s.retire(std::move(c.pairs.back()));
                 c.pairs.pop_back();
             }
             return XCode();
         };
-        auto database = [](Soak& s, Client& c) {
-            return s.changeDatabase(c.pick(INTERFACES), c.pick(3), 1000 + c.pick(9000));
-        };
+        auto database = [](Soak& s, Client& c) { return s.changeDatabase(c); };
         auto view = [](Soak& s, Client& c) { return checkView(*s.records[c.pick(2)]), XCode(); };
         auto quiet = [](Soak&, Client&) { return checkQuiet(), XCode(); };
         // Equally likely entries: the repeats weigh their operation.
         using Operation = XCode (*)(Soak&, Client&);
-        const Operation table[] = {set,           set,   read,   makeOrDestroy, makeOrDestroy,
-                                   makeOrDestroy, group, attach, database,      view,
-                                   view,          quiet, quiet};
+        const Operation table[] = {setOrRead, setOrRead, setOrRead, make, make,  make, group,
+                                   attach,    database,  view,      view, quiet, quiet};
         Client c{std::mt19937(seed), {}};
         while (std::chrono::steady_clock::now() < until) {
             ++operations;
@@ -307,18 +278,18 @@ struct Soak {
         for (unsigned i = 0; i < INTERFACES; ++i) {
             Value tracked;
             ASSERT_TRUE(Repository::GET_VALUE(dbName(i), tracked).isSuccess());
-            const auto entry = committed.find(i);
             EXPECT_EQ(tracked.toString(),
-                      entry == committed.end() ? String("#N/A!") : entry->second.second)
-                << dbName(i).c_str();
+                      committed.count(i) ? committed[i].second : String("#N/A!"))
+                << "soak" << i;
         }
     }
 
-    // Inserts, updates or deletes the entry "soak<i>" in its own transaction,
+    // Inserts, updates or deletes one entry "soak<i>" in its own transaction,
     // and keeps what the transaction committed.
-    XCode changeDatabase(unsigned i, unsigned what, unsigned mtu) {
+    XCode changeDatabase(Client& c) {
+        const unsigned i = c.pick(INTERFACES), what = c.pick(3);
+        const String text = String::stringOf(1000 + c.pick(9000));
         std::lock_guard<std::mutex> held(dbMutex);
-        const String text = String::stringOf(mtu);
         const bool exists = committed.count(i), removing = exists && what == 2;
         uint64_t uid = exists ? committed[i].first : 0;
         const XCode rc = dbtest::inWrite(db, [&](DB::ObjWrite& w) {
@@ -327,8 +298,8 @@ struct Soak {
             return w.insert("Interface", {{"name", String::Formatted("soak%u", i)}, {"mtu", text}},
                             &uid);
         });
-        if (rc.isSuccess() && removing) committed.erase(i);
-        if (rc.isSuccess() && !removing) committed[i] = {uid, text};
+        if (rc.isSuccess())
+            removing ? (void)committed.erase(i) : (void)(committed[i] = {uid, text});
         return rc;
     }
 
@@ -346,15 +317,22 @@ struct Soak {
     void retire(Pair&& p) {
         p.directObserver.reset();
         p.queuedObserver.reset();
-        auto retired = std::make_shared<Pair>(std::move(p));
-        EVENT_LOOP().post([this, retired] { delivered += checkPair(*retired); });
+        auto twins = std::make_shared<Pair>(std::move(p));
+        // Equal hashes: the same calls in the same order.
+        EVENT_LOOP().post([this, twins] {
+            std::scoped_lock held(twins->direct->mutex, twins->queued->mutex);
+            EXPECT_LE(twins->queued->count, twins->direct->count);
+            EXPECT_TRUE(!twins->keepQueued || twins->queued->hash == twins->direct->hash);
+            delivered += twins->direct->count + twins->queued->count;
+        });
     }
 
-    void destroyEverything() {
+    ~Soak() {
         VXLockPtr<Repository> repository(Repository::INSTANCE());
         repository->destroyExpression("soak.g%", "y");
         for (const auto& entry : published(*repository)) repository->destroy(entry.first);
         for (unsigned i = 0; i < INTERFACES; ++i) repository->destroy(dbName(i));
+        DB::Database::SET_DEFAULT(nullptr);
     }
 
     std::atomic<unsigned long long> operations{0}, failures{0}, delivered{0};
@@ -374,11 +352,8 @@ struct Soak {
 std::array<unsigned long long, 3> soakFor(std::chrono::milliseconds duration) {
     auto soak = std::make_unique<Soak>(std::chrono::steady_clock::now() + duration);
     soak->run();
-    soak->destroyEverything();
-    const std::array<unsigned long long, 3> figures = {soak->operations, soak->failures,
-                                                       soak->delivered};
+    std::array<unsigned long long, 3> figures = {soak->operations, soak->failures, soak->delivered};
     soak.reset();
-    DB::Database::SET_DEFAULT(nullptr);
     onLoop([] {});
     return figures;
 }
