@@ -25,36 +25,45 @@ DatabaseTracker::DatabaseTracker(VX::ComponentManager* manager) : m_manager(mana
 // component manager.
 DatabaseTracker::~DatabaseTracker() = default;
 
+XCode DatabaseTracker::observeTable(const Obj& table, unsigned fields) {
+    auto it = m_observedTables.find(table.tableName);
+    if (it != m_observedTables.end()) {
+        it->second += fields;
+        return XCode();
+    }
+    TRACKER_LOG("[%s] Start observing database table", table.tableName);
+    m_observedTables[table.tableName] = fields;
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK);
+    XCode rc = tx.start();
+    if (rc.isErr()) return rc;
+    static const struct {
+        DB::EventType_ type;
+        const char* failure;
+    } kEvents[] = {{DB::EVENT_NEW, "CANNOT REGISTER NEW-OBSERVER"},
+                   {DB::EVENT_DELETE, "CANNOT REGISTER DELETE-OBSERVER"},
+                   {DB::EVENT_UPDATE, "CANNOT REGISTER UPDATE-OBSERVER"}};
+    for (const auto& e : kEvents) {
+        rc = DB::REGISTER_CALLBACK(tx, table.tableNo, e.type, DB::CALLBACK_AFTER_COMMIT, m_manager);
+        if (rc.isErr()) return rc.setString(e.failure);
+    }
+    return tx.commit();
+}
+
 XCode DatabaseTracker::startObservation(const VXLWPtr<Field>& field) {
     const Obj& table = *field->table;
-    auto it = m_observedTables.find(table.tableName);
-    if (it == m_observedTables.end()) {
-        TRACKER_LOG("[%s] Start observing database table", table.tableName);
-        m_observedTables[table.tableName] = 1;
-        DB::Transaction tx(DB::TRANSACTION_CALLBACK);
-        XCode rc = tx.start();
-        if (rc.isErr()) return rc;
-        static const struct {
-            DB::EventType_ type;
-            const char* failure;
-        } kEvents[] = {{DB::EVENT_NEW, "CANNOT REGISTER NEW-OBSERVER"},
-                       {DB::EVENT_DELETE, "CANNOT REGISTER DELETE-OBSERVER"},
-                       {DB::EVENT_UPDATE, "CANNOT REGISTER UPDATE-OBSERVER"}};
-        for (const auto& e : kEvents) {
-            rc = DB::REGISTER_CALLBACK(tx, table.tableNo, e.type, DB::CALLBACK_AFTER_COMMIT,
-                                       m_manager);
-            if (rc.isErr()) return rc.setString(e.failure);
-        }
-        rc = tx.commit();
-        if (rc.isErr()) return rc;
-    } else {
-        ++it->second;
+    XCode rc = observeTable(table, 1);
+    // The parents' tables too, at no field: an entry named through a parent
+    // stops being named so when the parent goes or takes a new identifier.
+    for (const Obj* p = table.parent.get(); p && rc.isSuccess(); p = p->parent.get()) {
+        rc = observeTable(*p, 0);
     }
+    if (rc.isErr()) return rc;
     String entryId = table.getEntryId();
     auto entry = m_observedEntries.find(entryId);
     if (entry == m_observedEntries.end()) {
         TRACKER_LOG("[%s] Start observing entry", entryId);
         entry = m_observedEntries.emplace(entryId, VXStringHashTable<bool>()).first;
+        if (table.parent) m_nestedEntries.insert(entryId);
     }
     entry->second[field->getVariableName()] = true;
     return XCode();
@@ -114,8 +123,14 @@ XCode DatabaseTracker::onDatabaseEvent(EventType_ type, DB::ObjRead& entry) {
     TRACKER_LOG("[%s] Database table changed", entry.getStructName());
     String id;
     if (GET_ENTRY_ID(id, entry).isErr()) return XCode();
+    writeVariables(type, id, &entry);
+    followDescendants(type, id);
+    return XCode();
+}
+
+void DatabaseTracker::writeVariables(EventType_ type, const String& id, DB::ObjRead* entry) {
     auto observed = m_observedEntries.find(id);
-    if (observed == m_observedEntries.end()) return XCode();
+    if (observed == m_observedEntries.end()) return;
     TRACKER_LOG("[%s] Database table changed for observed entry", id);
     // A copy: writing a variable runs observers, which may start or stop
     // tracking.
@@ -126,7 +141,16 @@ XCode DatabaseTracker::onDatabaseEvent(EventType_ type, DB::ObjRead& entry) {
         String fullName = "db." + variableName;
         TRACKER_LOG("[%s] Database table changed for variable", fullName);
         Value value;
-        if (GET_ENTRY_VALUE(value, entry, fieldName).isErr()) continue;
+        if (entry) {
+            if (GET_ENTRY_VALUE(value, *entry, fieldName).isErr()) continue;
+        } else if (type == DB::EVENT_NEW) {
+            // The name may again name an entry (a parent renamed back), or
+            // still none: then, as when tracking starts, the value stays.
+            VXLWPtr<Field> field;
+            if (VARIABLE_NAME_TO_FIELD(field, fullName).isErr() || field->get(value).isErr()) {
+                continue;
+            }
+        }
         VXPPtr<IWrite> writable;
         if (Repository::GET(fullName, writable).isErr()) continue;
         VXLockPtr<IWrite> locked(writable);
@@ -136,7 +160,19 @@ XCode DatabaseTracker::onDatabaseEvent(EventType_ type, DB::ObjRead& entry) {
             locked->setValue(value);
         }
     }
-    return XCode();
+}
+
+// An update that leaves the identifier alone changes no name below the
+// entry; one that changes it comes as a delete and a new entry.
+void DatabaseTracker::followDescendants(EventType_ type, const String& id) {
+    if (type != DB::EVENT_DELETE && type != DB::EVENT_NEW) return;
+    const String below = id + ".";
+    VXVector<String> ids;
+    for (auto it = m_nestedEntries.lower_bound(below);
+         it != m_nestedEntries.end() && it->startsWith(below); ++it) {
+        ids.push_back(*it);
+    }
+    for (const String& nested : ids) writeVariables(type, nested, nullptr);
 }
 
 }  // namespace VX::SysEvent

@@ -21,6 +21,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 
 #include "host/component/component_manager.h"
 #include "host/db/db.h"
@@ -112,7 +113,11 @@ public:
     XCode stopTracking(VXPPtr<IRead>& variable);
     // A change notification of the database: writes the changed entry's
     // field values (#N/A! after a delete) into the variables bound to it.
-    // Always succeeds.
+    // An entry's identifier is part of the names of the entries below it,
+    // which the database reports no change for: when an entry goes (deleted,
+    // or its identifier changed), the variables named through it below it
+    // become #N/A! too, and when one appears, those named through its new
+    // identifier read their fields afresh. Always succeeds.
     XCode onDatabaseEvent(EventType_ type, DB::ObjRead& entry);
 
     // Parses a variable name and checks its tables and field against the
@@ -131,7 +136,8 @@ public:
     // for the others. On failure `value` is unchanged.
     static XCode GET_ENTRY_VALUE(Value& value, DB::ObjRead& entry, const String& fieldName);
 
-    // Diagnostics: the number of tracked fields per observed table, and the
+    // Diagnostics: the number of tracked fields per observed table (a table
+    // observed only as a parent of tracked entries has none), and the
     // variable names (without "db.") bound per observed entry id.
     const VXStringHashTable<unsigned>& getObservedTables() const { return m_observedTables; }
     const VXStringHashTable<VXStringHashTable<bool>>& getObservedEntries() const {
@@ -139,12 +145,25 @@ public:
     }
 
 private:
+    // Adds `fields` to the table's count; registers for its changes first
+    // when it is not yet observed.
+    XCode observeTable(const Obj& table, unsigned fields);
     XCode startObservation(const VXLWPtr<Field>& field);
     XCode stopObservation(const VXLWPtr<Field>& field);
+    // Writes into each variable bound to the observed entry `id` its field
+    // read from `entry`, the changed entry itself; without one (an entry
+    // below the changed one) #N/A! after a delete, and after a new entry the
+    // field as the database now holds it, if it exists.
+    void writeVariables(EventType_ type, const String& id, DB::ObjRead* entry);
+    // The entries below the one with id `id` that was deleted or appeared.
+    void followDescendants(EventType_ type, const String& id);
 
     VX::ComponentManager* m_manager;
     VXStringHashTable<unsigned> m_observedTables;
     VXStringHashTable<VXStringHashTable<bool>> m_observedEntries;
+    // The observed entry ids that have a parent, ordered so that the entries
+    // below one id are one range.
+    std::set<String> m_nestedEntries;
 };
 
 }  // namespace VX::SysEvent

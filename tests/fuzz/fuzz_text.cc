@@ -2,7 +2,6 @@
 // but the number (no byte after it, NUL included), and the number re-formats
 // to the same digits; a calendar text that parses gives a normalised time
 // whose own text parses back to the same time.
-#include <cctype>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -12,27 +11,20 @@
 
 namespace {
 
-bool blank(char c) {
-    return isspace(static_cast<unsigned char>(c)) != 0;
-}
-
 // The text without the white space at both ends.
 String trimmed(const String& text) {
-    size_t from = 0, to = text.length();
-    while (from < to && blank(text[from])) ++from;
-    while (to > from && blank(text[to - 1])) --to;
-    return text.substring(from, to - from);
+    const char* const space = " \t\n\v\f\r";
+    const size_t from = text.str().find_first_not_of(space);
+    if (from == std::string::npos) return String();
+    return text.substring(from, text.str().find_last_not_of(space) + 1 - from);
 }
 
-// Written as stringOf writes it: an optional '-', then no leading zero.
+// Written as stringOf writes it: an optional '-', then digits without a
+// leading zero (and never "-0").
 bool canonicalDecimal(const String& text) {
-    size_t i = !text.isEmpty() && text[0] == '-' ? 1 : 0;
-    if (i == text.length() || (text[i] == '0' && text.length() > i + 1)) return false;
-    if (text == "-0") return false;
-    for (; i < text.length(); ++i) {
-        if (!isdigit(static_cast<unsigned char>(text[i]))) return false;
-    }
-    return true;
+    const std::string digits = text.str().substr(!text.isEmpty() && text[0] == '-');
+    return !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos &&
+           (digits[0] != '0' || (digits.size() == 1 && text != "-0"));
 }
 
 template <typename N>
@@ -47,18 +39,16 @@ void checkNumber(const String& text, bool parsed, N value, bool narrowParsed, in
                text.c_str(), narrowFits, narrowParsed);
     FUZZ_CHECK(text.str().find('\0') == std::string::npos, "'%s' with a NUL parsed", text.c_str());
     String digits;
+    N back{};
+    bool parsedBack;
     if constexpr (std::is_signed_v<N>) {
         digits = String::stringOf(static_cast<long long>(value));
+        parsedBack = digits.toInt64(back);
     } else {
         digits = String::stringOf(static_cast<unsigned long long>(value));
+        parsedBack = digits.toUInt64(back);
     }
-    N back{};
-    if constexpr (std::is_signed_v<N>) {
-        FUZZ_CHECK(digits.toInt64(back) && back == value, "%s does not parse back", digits.c_str());
-    } else {
-        FUZZ_CHECK(digits.toUInt64(back) && back == value, "%s does not parse back",
-                   digits.c_str());
-    }
+    FUZZ_CHECK(parsedBack && back == value, "%s does not parse back", digits.c_str());
     const String bare = trimmed(text);
     if (canonicalDecimal(bare)) {
         FUZZ_CHECK(digits == bare, "'%s' re-formats as %s", text.c_str(), digits.c_str());

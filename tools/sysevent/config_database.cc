@@ -23,8 +23,13 @@ XCode ConfigDatabase::open(const String& path) {
         rc = database_->applySchema(BUNDLED_SCHEMA);
         if (rc.isErr()) return rc;
     }
-    DB::Database::SET_DEFAULT(database_);
+    use(database_);
     return XCode();
+}
+
+void ConfigDatabase::use(const VXPtr<DB::Database>& database) {
+    database_ = database;
+    DB::Database::SET_DEFAULT(database_);
 }
 
 XCode ConfigDatabase::PARSE_SPECIFIERS(const String& text, std::vector<Specifier>& chain) {

@@ -35,6 +35,8 @@ public:
     // bundled example schema. The database becomes the process's default
     // one, on which the tracker works.
     XCode open(const String& path);
+    // Works on `database`, open already, instead; it becomes the default one.
+    void use(const VXPtr<DB::Database>& database);
 
     // "db insert ENTRY FIELD=VALUE...", "db update ENTRY FIELD=VALUE...",
     // "db delete ENTRY", "db show ENTRY|TABLE": `words` are the words after

@@ -42,6 +42,8 @@ public:
 
     // Opens the configuration database (ConfigDatabase::open).
     XCode openDatabase(const String& path) { return database_.open(path); }
+    // Works on an open database instead (ConfigDatabase::use).
+    void useDatabase(const VXPtr<DB::Database>& database) { database_.use(database); }
 
     // Runs the command on line `line` of `file`. A failure is printed and
     // counted. Returns false when the command was quit.
