@@ -1,6 +1,8 @@
-// Two-phase propagation: recompute counts, lazy evaluation of unobserved
-// nodes, interest, equal values, values set from observers during a
-// propagation, and observers that change their registration while called.
+// Two-phase propagation: every parent asked, interest, equal values, values
+// set from observers during a propagation, and observers that change their
+// registration while called. (Recompute counts of diamonds and repeated
+// arguments, and unobserved chains going dirty, are in the engine_graph
+// golden transcript, seen in the trace.)
 #include <gtest/gtest.h>
 
 #include "graph/graph_test_support.h"
@@ -12,56 +14,6 @@ namespace VX::SysEvent::testing {
 namespace {
 
 using Propagation = GraphTest;
-
-TEST_F(Propagation, DiamondRecomputesItsTipOncePerChange) {
-    auto a = leaf("a", 1);
-    auto b = make<TSUM>({a.get()});
-    auto c = make<TNEG>({a.get()});
-    auto d = make<TSUM>({b.get(), c.get()});
-    d->addInterest();
-    RecordingObserver seen;
-    d->addObserver(&seen);
-    EXPECT_EQ(d->peekLastEvent().value, Value(100ULL));
-    for (unsigned long long v : {2ULL, 3ULL, 40ULL}) {
-        EXPECT_TRUE(a->setValue(Value(v)));
-        expectQuiescent({a.get()});
-    }
-    EXPECT_EQ(b->computes, 4);
-    EXPECT_EQ(c->computes, 4);
-    // d's value is always 100: computed once per change, never changed.
-    EXPECT_EQ(d->computes, 4);
-    EXPECT_TRUE(seen.changes.empty());
-
-    // An extra path from a to the tip is still one recompute.
-    auto e = make<TSUM>({b.get(), a.get(), c.get()});
-    e->addInterest();
-    EXPECT_TRUE(a->setValue(Value(5ULL)));
-    expectQuiescent({a.get()});
-    EXPECT_EQ(e->computes, 2);
-    EXPECT_EQ(e->peekLastEvent().value, Value(105ULL));
-    d->removeObserver(&seen);
-}
-
-TEST_F(Propagation, SameArgumentTwiceCountsTwoUpdatesAndRecomputesOnce) {
-    RTD::CaptureMonitor monitor(3);
-    auto a = leaf("a", 1);
-    auto inner = make<TSUM>({a.get()});
-    for (Node* arg : {static_cast<Node*>(a.get()), static_cast<Node*>(inner.get())}) {
-        auto s = make<TSUM>({arg, arg});
-        ASSERT_EQ(arg->getParents().size(), arg == a.get() ? 3u : 2u);
-        s->addInterest();
-        const int before = s->computes;
-        setLogged(monitor, a.get(), a->getValue().data.uint + 1);
-        expectQuiescent({a.get()});
-        EXPECT_EQ(s->computes, before + 1);
-        EXPECT_EQ(s->peekLastEvent().value, Value(2 * a->getValue().data.uint));
-        const String prefix = "[" + s->getLogName() + "]";
-        EXPECT_TRUE(monitor.contains(prefix + "   2 updates pending"));
-        EXPECT_TRUE(monitor.contains(prefix + "   no recomputation yet, 1 updates pending"));
-        EXPECT_TRUE(
-            monitor.contains(prefix + "   recomputation required (2 updates with value changes)"));
-    }
-}
 
 TEST_F(Propagation, EveryParentAnswersForItselfAndChangeStopsAtAnEqualValue) {
     // x has parents p1, q (unobserved), p2: each is asked.
@@ -95,30 +47,6 @@ TEST_F(Propagation, EveryParentAnswersForItselfAndChangeStopsAtAnEqualValue) {
     EXPECT_EQ(top->computes, 1);
     EXPECT_EQ(side->computes, 3);
     EXPECT_EQ(side->peekLastEvent().value, Value(11ULL));
-}
-
-TEST_F(Propagation, UnobservedChainIsMarkedDirtyAndComputedWhenRead) {
-    auto a = leaf("a", 1);
-    auto n1 = make<TNEG>({a.get()});
-    auto n2 = make<TNEG>({n1.get()});
-    auto n3 = make<TSUM>({n2.get(), a.get()});
-    EXPECT_EQ(n3->getValue(), Value(2ULL));
-    EXPECT_EQ(n1->computes + n2->computes + n3->computes, 3);
-
-    RTD::CaptureMonitor monitor(3);
-    setLogged(monitor, a.get(), 10);
-    expectQuiescent({a.get()});
-    EXPECT_EQ(n1->computes + n2->computes + n3->computes, 3);
-    EXPECT_TRUE(n1->isDirty() && n2->isDirty() && n3->isDirty());
-    EXPECT_TRUE(monitor.contains("[" + n3->getLogName() + "]   no; marked dirty"));
-
-    // Once dirty, further changes stop at the first node.
-    setLogged(monitor, a.get(), 20);
-    EXPECT_FALSE(monitor.contains("[" + n2->getLogName() + "] Shall be updated?"));
-
-    EXPECT_EQ(n3->getValue(), Value(40ULL));
-    EXPECT_EQ(n1->computes + n2->computes + n3->computes, 6);
-    EXPECT_FALSE(n1->isDirty() || n2->isDirty() || n3->isDirty());
 }
 
 TEST_F(Propagation, InterestRecomputesWhenGainedWhileDirtyAndLapsesAtTheNextChange) {
