@@ -1,41 +1,19 @@
-// Two-phase propagation: equal values, values set from observers during a
-// propagation, and observers that change their registration while called.
-// (Recompute counts of diamonds, repeated arguments and every parent asked,
-// unobserved chains going dirty, interest, and nothing traced below the
+// Two-phase propagation: values set from observers during a propagation,
+// and observers that change their registration while called. (Recompute
+// counts of diamonds, repeated arguments and every parent asked, unobserved
+// chains going dirty, interest, equal values, and nothing traced below the
 // monitor's level are in the engine_graph golden transcript, seen in the
 // trace.)
 #include <gtest/gtest.h>
 
 #include "graph/graph_test_support.h"
 #include "host/runtime/crit.h"
-#include "host/runtime/manual_time.h"
 #include "host/runtime/monitor.h"
 
 namespace VX::SysEvent::testing {
 namespace {
 
 using Propagation = GraphTest;
-
-TEST_F(Propagation, EqualValueStoresAndPropagatesNothing) {
-    ManualTime::ENABLE(Time(1000000, 0));
-    auto a = leaf("a", 1);
-    auto n = make<TNEG>({a.get()});
-    n->addInterest();
-    RecordingObserver seen;
-    a->addObserver(&seen);
-    EXPECT_TRUE(a->setValue(Value(2ULL)));
-    const Event before = a->peekLastEvent();
-    ManualTime::ADVANCE(5000);
-    EXPECT_FALSE(a->setValue(Value(2ULL)));
-    EXPECT_FALSE(a->triggerEvent(Event(Time(1, 0), Time(2, 0), Value(2ULL))));
-    expectQuiescent({a.get()});
-    EXPECT_EQ(seen.changes.size(), 1u);
-    EXPECT_EQ(n->computes, 2);
-    EXPECT_EQ(a->peekLastEvent().start, before.start);
-    EXPECT_EQ(a->peekLastEvent().end, before.end);
-    a->removeObserver(&seen);
-    ManualTime::DISABLE();
-}
 
 // Sets another node's value from inside a callback.
 class SettingObserver : public NodeObserver {
