@@ -3,7 +3,7 @@
 // print alike, a date and a date-time at midnight too), so probe prints each
 // value's kind and marshalled bytes, reads those bytes back, and shows what
 // every conversion a function may apply to an argument makes of the value.
-#include <cstdio>
+#include <iterator>
 #include <utility>
 
 #include "host/runtime/marshaller.h"
@@ -82,9 +82,11 @@ bool Session::cmdProbe(const CommandLine& cmd, Failure& failure) {
     for (const Value& value : values) {
         VXMarshaller m;
         String bytes = value.marshal(m).isSuccess() ? hex(m) : String("(not marshalled)");
+        // What the bytes read back as must marshal to the same bytes.
         Value back(VX::SysEvent::DST_ERR_GENERIC);
-        const bool same = back.unmarshal(m).isSuccess() && back.subtype == value.subtype &&
-                          back.toString() == value.toString() && m.getLength() == 0;
+        VXMarshaller again;
+        const bool same = back.unmarshal(m).isSuccess() && m.getLength() == 0 &&
+                          back.marshal(again).isSuccess() && hex(again) == bytes;
         output_.line("= " + shown(value) + " [" + bytes + "]" +
                      (same ? "" : " (reads back unlike)"));
         String line = " ";
