@@ -65,12 +65,8 @@ protected:
 inline Value U(unsigned long long n) {
     return Value(n);
 }
-inline Value F(double d) {
-    return Value(d);
-}
 inline Value S(const char* s) {
     return Value(String(s));
 }
-inline const Value kNA = Value(DST_ERR_NA);
 
 }  // namespace VX::SysEvent::testing

@@ -1,5 +1,6 @@
 // recompute: failure codes mapped to error values, screening of error and
-// undefined arguments, result times, its trace line, and forced recomputes.
+// undefined arguments, result times, and forced recomputes. (Its trace line
+// is in the engine_graph golden transcript.)
 #include <gtest/gtest.h>
 
 #include "graph/graph_test_support.h"
@@ -92,28 +93,6 @@ TEST_F(Recompute, NonTemporalResultSpansItsArgumentsTimesOrIsStampedNow) {
     expectEvent(make<TTEMP>({a.get()})->getLastEvent(), Event(Time(), Time(), Value(1ULL)));
     expectEvent(make<TTEMP>({})->getLastEvent(), Event(Time(), Time(), Value(true)));
     ManualTime::DISABLE();
-}
-
-TEST_F(Recompute, TraceLineNamesFunctionArgumentsAndResult) {
-    auto a = VXLWPtr<Node>(new Node("a"));
-    a->triggerEvent(Event(Time(0, 0), Time(90, 0), Value(1ULL)));
-    auto f = make<TSUM>({a.get(), a.get()}, "TSUM");
-    RTD::CaptureMonitor monitor(3);
-    MON = &monitor;
-    f->getLastEvent();
-    MON = nullptr;
-    const String expected = String::Formatted(
-        "[%s] TSUM(%s, %s) -> %s (during %s on %s)", f->getLogName().c_str(),
-        Value(1ULL).toString().c_str(), Value(1ULL).toString().c_str(),
-        Value(2ULL).toString().c_str(), Value(Time(90, 0), DST_REL_TIME).toString().c_str(),
-        Clock(Time(90, 0)).toString(Clock::FORMAT_LOG).c_str());
-    EXPECT_TRUE(monitor.contains(expected)) << expected.c_str();
-    // Verbosity 1: no trace line, even though the argument text is built.
-    RTD::CaptureMonitor quiet(1);
-    MON = &quiet;
-    f->forceRecompute();
-    MON = nullptr;
-    EXPECT_TRUE(quiet.lines().empty());
 }
 
 TEST_F(Recompute, ForceRecomputePropagatesPlainRecomputeDoesNot) {

@@ -63,26 +63,6 @@ inline VXLWPtr<FunctionNode> apply(const char* name, std::initializer_list<Node*
     return f;
 }
 
-// Passes its one argument through and counts its computations; the graph
-// gives its result the argument's times. Stands for "an expression using x".
-class TPASS : public NonTemporalFunctionNode {
-public:
-    using NonTemporalFunctionNode::NonTemporalFunctionNode;
-    XCode compute(Value& result) override {
-        ++computes;
-        result = getArgument(0);
-        return XCode();
-    }
-    int computes = 0;
-};
-
-template <typename F>
-VXLWPtr<F> make(std::initializer_list<Node*> args) {
-    VXLWPtr<F> f(new F("TFN", "[arg]*"));
-    for (Node* a : args) EXPECT_TRUE(f->addArgument(a).isSuccess());
-    return f;
-}
-
 // Observes a node as a published object does (an observer plus interest)
 // and records each later change with the manual clock's reading.
 class Watch : public NodeObserver {

@@ -74,6 +74,8 @@ const GoldenCase CASES[] = {
     {"engine_database", "run --manual-time --trace 2 --script tests/tool/golden/engine_database.se",
      "", 1},
     {"engine_observer", "run --manual-time --script tests/tool/golden/engine_observer.se", "", 0},
+    {"engine_value", "run --manual-time --script tests/tool/golden/engine_value.se", "", 0},
+    {"engine_graph", "run --manual-time --script tests/tool/golden/engine_graph.se", "", 0},
 };
 
 // `text` with every @SVG@ replaced by `path`.

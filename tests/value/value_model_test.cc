@@ -1,13 +1,12 @@
 // Value model: equality (the float rule included), the display texts no
-// formula can produce (the rest are in the golden transcripts), and the
-// engine's error codes.
+// formula can produce (the rest, date and time texts included, are in the
+// golden transcripts), and the engine's error codes.
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "host/runtime/clock.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
@@ -15,12 +14,6 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 const double kNaN = std::nan("");
-
-VX::Time at(const char* iso) {
-    VX::Clock c;
-    EXPECT_TRUE(c.set(iso, 0).isSuccess()) << iso;
-    return c.toTime();
-}
 
 struct EqualityCase {
     Value a;
@@ -82,15 +75,6 @@ TEST(ValueModel, DisplayTexts) {
         {Value(static_cast<DataSubType>(-3)), "#NOTYPE!"},
     };
     for (const auto& c : cases) EXPECT_EQ(c.v.toString(), c.text);
-}
-
-TEST(ValueModel, DateAndTimeTextsSplitAtTheT) {
-    const VX::Time t(at("1999-12-31T23:59:58").getSeconds(), 250000000);
-    EXPECT_EQ(Value::STRING_OF_DATE_TIME(t), "1999-12-31T23:59:58.25");
-    EXPECT_EQ(Value::STRING_OF_DATE(t), "1999-12-31");
-    EXPECT_EQ(Value::STRING_OF_TIME(t), "23:59:58.25");
-    EXPECT_EQ(Value::STRING_OF_DATE(VX::Time()), "1970-01-01");
-    EXPECT_EQ(Value::STRING_OF_TIME(VX::Time()), "00:00:00");
 }
 
 TEST(ValueModel, ErrorCodes) {

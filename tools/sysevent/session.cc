@@ -16,6 +16,8 @@ const Session::Command Session::COMMANDS[] = {
     {"set", &Session::cmdSet, "set NAME LITERAL", "set a variable (made when it does not exist)"},
     {"get", &Session::cmdGet, "get NAME|PATTERN", "print the current value of names"},
     {"eval", &Session::cmdEval, "eval FORMULA", "evaluate a formula once and print its values"},
+    {"probe", &Session::cmdProbe, "probe FORMULA",
+     "print each value's kind, marshalled bytes and conversions"},
     {"watch", &Session::cmdWatch, "watch [PATTERN]",
      "print every change of matching names (no pattern: list the watches)"},
     {"unwatch", &Session::cmdUnwatch, "unwatch PATTERN", "stop watching a pattern"},
@@ -39,6 +41,8 @@ const Session::Command Session::COMMANDS[] = {
      "feed time,name,value rows of a CSV file through the manual clock"},
     {"load", &Session::cmdLoad, "load FILE",
      "run the commands of a file (relative to the file that loads it)"},
+    {"trace", &Session::cmdTrace, "trace LEVEL|off",
+     "print the engine's trace lines up to LEVEL (0-4) from now on, or none"},
     {"help", &Session::cmdHelp, "help [COMMAND]", "show this list"},
     {"quit", &Session::cmdQuit, "quit", "stop reading commands"},
 };
@@ -48,7 +52,9 @@ Session::Session(Output& output, bool manualTime)
     watches_.setRecorder(&changes_);
 }
 
-Session::~Session() = default;
+Session::~Session() {
+    endTrace();
+}
 
 bool Session::execute(const String& file, unsigned line, const String& text) {
     CommandLine cmd;

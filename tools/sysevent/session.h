@@ -10,7 +10,8 @@
 //   functions             wait DURATION      help [COMMAND] quit
 //   expect NAME = LITERAL | ~ REGEX | changes to LITERAL within DURATION
 //               | stays LITERAL for DURATION
-//   why NAME [--fresh]    replay FILE.csv    load FILE
+//   why NAME [--fresh]    replay FILE.csv    load FILE      probe FORMULA
+//   trace LEVEL|off
 //
 // A failing command prints "FILE:LINE:COLUMN: error: MESSAGE" with the
 // engine's own message and the column it is about; the session goes on with
@@ -26,6 +27,7 @@
 #include "tools/sysevent/command_line.h"
 #include "tools/sysevent/config_database.h"
 #include "tools/sysevent/output.h"
+#include "tools/sysevent/trace_monitor.h"
 #include "tools/sysevent/tracking.h"
 #include "tools/sysevent/watch_list.h"
 
@@ -87,6 +89,10 @@ private:
     bool cmdSet(const CommandLine& cmd, Failure& failure);
     bool cmdGet(const CommandLine& cmd, Failure& failure);
     bool cmdEval(const CommandLine& cmd, Failure& failure);
+    bool cmdProbe(const CommandLine& cmd, Failure& failure);
+    bool cmdTrace(const CommandLine& cmd, Failure& failure);
+    // Removes the monitor that the trace command installed, if any.
+    void endTrace();
     bool cmdWatch(const CommandLine& cmd, Failure& failure);
     bool cmdUnwatch(const CommandLine& cmd, Failure& failure);
     bool cmdDestroy(const CommandLine& cmd, Failure& failure);
@@ -134,6 +140,7 @@ private:
     unsigned passed_ = 0;
     unsigned failed_ = 0;
     bool quit_ = false;
+    std::unique_ptr<TraceMonitor> trace_;  // installed by the trace command
     // Where the command being executed stands.
     String file_;
     unsigned line_ = 0;
