@@ -12,9 +12,7 @@
 namespace VX::SysEvent {
 
 CConstant::CConstant(const String& name, const String& description, const Value& value)
-    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()),
-      m_description(description),
-      m_name(name) {
+    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()), m_description(description) {
     VXAutoLock held(LOCK());
     m_target = new Node(name, value);
     VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE()->getOrCreate(name);
@@ -29,9 +27,7 @@ CConstant::CConstant(const String& name, const String& description, const Value&
 }
 
 CConstant::CConstant(const String& name, const String& description)
-    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()),
-      m_description(description),
-      m_name(name) {
+    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()), m_description(description) {
     VXAutoLock held(LOCK());
     attach(ProxyRepository::INSTANCE()->getOrCreate(name).get());
 }
@@ -112,8 +108,12 @@ void CConstant::removeValueObserver(IReadObserver* observer) {
     if (m_valueObservers.remove(observer) && m_proxy) m_proxy->removeInterest();
 }
 
+String CConstant::name() const {
+    return getDriverName().substring(std::char_traits<char>::length(DRIVER_NAME_PREFIX));
+}
+
 String CConstant::getName() const {
-    return m_name;
+    return name();
 }
 
 String CConstant::getDescription() const {
@@ -130,7 +130,7 @@ Value CConstant::getValue() const {
 }
 
 void CConstant::onValueChanged(const Value& oldValue, const Value& newValue) {
-    SYSEVENT_LOG_AT_VERBOSITY(1, "[%s] %s -> %s", m_name.c_str(), oldValue.toString().c_str(),
+    SYSEVENT_LOG_AT_VERBOSITY(1, "[%s] %s -> %s", name().c_str(), oldValue.toString().c_str(),
                               newValue.toString().c_str());
     if (m_valueObservers.empty()) return;
     // A callback may destroy this object (through the Repository); it lives
@@ -164,7 +164,7 @@ void CConstant::addInfoRows(InfoContainer& info, unsigned depthLimit, unsigned d
                             unsigned columnLimit, unsigned column, const String& kindKey,
                             std::initializer_list<std::pair<const char*, String>> rows) const {
     if (depth > depthLimit || column > columnLimit) return;
-    info.add(depth, column, kindKey, String::Formatted("%s", m_name.c_str()));
+    info.add(depth, column, kindKey, String::Formatted("%s", name().c_str()));
     if (depth + 1 > depthLimit) return;
     for (const auto& [key, value] : rows) {
         info.add(depth + 1, column, key, String::Formatted("%s", value.c_str()));
