@@ -37,7 +37,7 @@ CConstant::~CConstant() = default;
 bool CConstant::ownsName() const {
     if (getDriverRepository()) return true;
     void* raw = nullptr;
-    if (DRIVER::GET_IF(getDriverName(), IUnknown::IID(), &raw).isErr()) return true;
+    if (!DRIVER::FIND_IF(getDriverName(), IUnknown::IID(), &raw)) return true;
     IUnknown* other = static_cast<IUnknown*>(raw);
     const bool mine = other == static_cast<const IUnknown*>(this);
     other->release();
