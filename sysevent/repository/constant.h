@@ -92,7 +92,8 @@ protected:
     // expression's root); null for a variable, whose value is written into
     // the proxy node itself.
     VXLWPtr<Node> m_target;
-    String m_description;
+    // Shared text holder: one word, nothing allocated for an empty one.
+    Text m_description;
 
 private:
     // NodeObserver: the proxy node's value changed.

@@ -51,11 +51,11 @@ void CExpression::removeExpressionObserver(IExpressionObserver* observer) {
 }
 
 String CExpression::getContext() const {
-    return m_context;
+    return m_context.get();
 }
 
 String CExpression::description() const {
-    if (!m_descriptionDerived) return m_description;
+    if (!m_descriptionDerived) return m_description.get();
     // As "%s := %s" would print it (up to a NUL in either), without the
     // formatter.
     String text(name().c_str());
@@ -127,7 +127,7 @@ XCode CExpression::setExpression(const String& text) {
         return rc;
     }
     m_text = text;
-    m_description = String();
+    m_description.clear();
     m_descriptionDerived = true;
     if (!m_expressionObservers.empty()) {
         ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));

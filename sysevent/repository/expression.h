@@ -69,7 +69,7 @@ private:
     // derived one, which every expression has and few are ever asked for.
     String description() const;
 
-    const String m_context;
+    const Text m_context;  // one word; most expressions have none
     String m_text;
     ObserverList<IExpressionObserver> m_expressionObservers;
     bool m_busy = false;  // a setExpression of this object is running
