@@ -153,8 +153,6 @@ protected:
     // function shares its factory's text.
     const String* m_parameterText;
     SmallList<VXLWPtr<Node>> m_children;
-    // Set when the running compute read an argument that is not there.
-    mutable bool m_argumentMissing = false;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 

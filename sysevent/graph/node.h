@@ -19,6 +19,7 @@
 #include "host/runtime/string.h"
 #include "sysevent/graph/small_list.h"
 #include "sysevent/value/event.h"
+#include "sysevent/value/text.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
@@ -123,7 +124,8 @@ protected:
 
     ~Node() override;
 
-    String m_name;
+    // One word: a function node's name is made only when asked for.
+    Text m_name;
     SmallList<NodeObserver*> m_observers;  // not owned
     uint32_t m_interestCount = 0;
     uint32_t m_cleanParents = 0;  // parent links whose parent is not dirty
@@ -131,7 +133,10 @@ protected:
     // Only function nodes are ever dirty; kept here so that a walk can test a
     // child or parent without knowing its class.
     bool m_dirty = false;
-    uint8_t m_listings = 0;              // Listing bits
+    uint8_t m_listings = 0;  // Listing bits
+    // A function node's: set when the running compute read an argument that
+    // is not there (kept here, in what would be padding).
+    mutable bool m_argumentMissing = false;
     SmallList<FunctionNode*> m_parents;  // not owned; each parent owns us
     Event m_lastEvent;
 };
