@@ -109,7 +109,10 @@ void CConstant::removeValueObserver(IReadObserver* observer) {
 }
 
 String CConstant::name() const {
-    return getDriverName().substring(std::char_traits<char>::length(DRIVER_NAME_PREFIX));
+    const String& driverName = getDriverName();
+    const size_t prefix = std::char_traits<char>::length(DRIVER_NAME_PREFIX);
+    if (driverName.length() < prefix) return String();
+    return String(driverName.data() + prefix, driverName.length() - prefix);
 }
 
 String CConstant::getName() const {
@@ -137,11 +140,19 @@ void CConstant::onValueChanged(const Value& oldValue, const Value& newValue) {
     // until the delivery is over. An object still under construction (no
     // reference yet) is not counted, so that this cannot delete it.
     VXPtr<CConstant> self(getRefCount() > 0 ? this : nullptr);
-    ObserverEvent<IRead> event(VXPPtr<IRead>(static_cast<IRead*>(this)));
+    IRead* const source = static_cast<IRead*>(this);
+    ObserverEvent<IRead> event{VXPPtr<IRead>(source)};
     event << oldValue << newValue;
-    m_valueObservers.notify([&event](IReadObserver* observer) {
-        ObserverEvent<IRead> copy = event;
-        observer->onValueChanged(copy);
+    // Each observer gets the event as its own copy would be: an event that
+    // the previous observer only read is rewound, one it changed (bytes made,
+    // source replaced) is built again. A copy per observer would cost a
+    // reference on the source each.
+    m_valueObservers.notify([&](IReadObserver* observer) {
+        if (!event.rewind(source)) {
+            event = ObserverEvent<IRead>(VXPPtr<IRead>(source));
+            event << oldValue << newValue;
+        }
+        observer->onValueChanged(event);
     });
 }
 

@@ -33,7 +33,10 @@ public:
             if (r.observer != observer || r.useCount == 0) continue;
             --r.useCount;
             const bool died = r.useCount == 0;
-            if (died) --m_state->live;
+            if (died) {
+                --m_state->live;
+                ++m_state->dead;
+            }
             const bool none = m_state->live == 0;
             purge();
             return died && none;
@@ -62,6 +65,7 @@ public:
         const bool hadLive = m_state->live > 0;
         for (Registration& r : m_state->registrations) r.useCount = 0;
         m_state->live = 0;
+        m_state->dead = m_state->registrations.size();
         purge();
         return hadLive;
     }
@@ -69,8 +73,9 @@ public:
     // Erases dead registrations unless a notification is running; the list
     // itself goes once nothing is left in it.
     void purge() {
-        if (!m_state || m_state->depth != 0) return;
+        if (!m_state || m_state->depth != 0 || m_state->dead == 0) return;
         m_state->registrations.remove_if([](const Registration& r) { return r.useCount == 0; });
+        m_state->dead = 0;
         if (m_state->registrations.empty()) m_state.reset();
     }
 
@@ -87,6 +92,7 @@ private:
     struct State {
         std::list<Registration> registrations;
         size_t live = 0;
+        size_t dead = 0;  // registrations at use count zero, not erased yet
         unsigned depth = 0;
     };
     std::unique_ptr<State> m_state;

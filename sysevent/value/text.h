@@ -17,9 +17,11 @@ namespace VX::SysEvent {
 class Text {
 public:
     Text() = default;
-    Text(const String& s) { assign(String(s)); }  // NOLINT: implicit by design
-    Text(String&& s) { assign(std::move(s)); }    // NOLINT: implicit by design
-    Text(const char* s) { assign(String(s)); }    // NOLINT: implicit by design
+    // Explicit, so that comparing a String with a Text is one comparison of
+    // Strings, not a choice between two.
+    explicit Text(const String& s) { assign(String(s)); }
+    explicit Text(String&& s) { assign(std::move(s)); }
+    explicit Text(const char* s) { assign(String(s)); }
     Text(const Text& other) : m_block(other.m_block) {
         if (m_block) m_block->refs.fetch_add(1, std::memory_order_relaxed);
     }
