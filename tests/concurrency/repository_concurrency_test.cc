@@ -22,10 +22,6 @@ namespace {
 constexpr unsigned WORKERS = 4;
 constexpr unsigned long long ROUNDS = 200;
 
-Value U(unsigned long long n) {
-    return Value(n);
-}
-
 String workerName(unsigned w, const char* name) {
     return String::Formatted("conc.w%u.%s", w, name);
 }
@@ -38,25 +34,20 @@ Value read(const String& name) {
 }
 
 // One client: its own variable v, an expression e = v * 2 made beforehand,
-// and short-lived expressions and constants of its own.
+// and short-lived expressions of its own.
 void work(unsigned w) {
     const String context = String::Formatted("conc.w%u", w);
     for (unsigned long long j = 1; j <= ROUNDS; ++j) {
-        ASSERT_TRUE(Repository::SET_VALUE(workerName(w, "v"), U(j)).isSuccess());
-        EXPECT_EQ(read(workerName(w, "e")), U(2 * j));
+        ASSERT_TRUE(Repository::SET_VALUE(workerName(w, "v"), Value(j)).isSuccess());
+        EXPECT_EQ(read(workerName(w, "e")), Value(2 * j));
         if (j % 3 == 0) {
             {
                 VXLockPtr<Repository> repository(Repository::INSTANCE());
                 ASSERT_TRUE(repository->createExpression(context, "t", "v + 1000").isSuccess());
             }
-            EXPECT_EQ(read(workerName(w, "t")), U(j + 1000));
+            EXPECT_EQ(read(workerName(w, "t")), Value(j + 1000));
             VXLockPtr<Repository> repository(Repository::INSTANCE());
             repository->destroyExpression(context, "t");
-        }
-        if (j % 5 == 0) {
-            ASSERT_TRUE(Repository::CREATE_CONSTANT(workerName(w, "k"), "", U(j)).isSuccess());
-            EXPECT_EQ(read(workerName(w, "k")), U(j));
-            Repository::DESTROY_CONSTANT(workerName(w, "k"));
         }
     }
 }
@@ -65,7 +56,8 @@ TEST(RepositoryConcurrency, ClientsCreateSetReadAndDestroyWhileAnotherObserves) 
     {
         VXLockPtr<Repository> repository(Repository::INSTANCE());
         for (unsigned w = 0; w < WORKERS; ++w) {
-            ASSERT_TRUE(repository->createVariable(workerName(w, "v"), "", U(0)).isSuccess());
+            ASSERT_TRUE(
+                repository->createVariable(workerName(w, "v"), "", Value(0ull)).isSuccess());
             ASSERT_TRUE(repository->createExpression(String::Formatted("conc.w%u", w), "e", "v * 2")
                             .isSuccess());
         }
@@ -85,9 +77,8 @@ TEST(RepositoryConcurrency, ClientsCreateSetReadAndDestroyWhileAnotherObserves) 
     std::atomic<bool> done{false};
     std::atomic<unsigned> reads{0};
     std::thread watcher([&] {
-        // Reads while the clients write: a sum over a pattern, every e (always
-        // twice an integer) and the shared total; and keeps subscribing to the
-        // short-lived names.
+        // Reads while the clients write a sum over a pattern (of values that
+        // are always even), and keeps subscribing to the short-lived names.
         Observer transient;
         while (!done.load()) {
             transient.addTo("conc.w%.t", true);
@@ -98,11 +89,7 @@ TEST(RepositoryConcurrency, ClientsCreateSetReadAndDestroyWhileAnotherObserves) 
                     repository->evaluateExpression("conc", "SUM(conc.w%.e)", values).isSuccess());
             }
             ASSERT_EQ(values.size(), 1u);
-            EXPECT_EQ(values[0].subtype, DST_UINT);
             EXPECT_EQ(values[0].data.uint % 2, 0u);
-            for (unsigned w = 0; w < WORKERS; ++w)
-                EXPECT_EQ(read(workerName(w, "e")).data.uint % 2, 0u);
-            read("conc.total");
             transient.removeFrom("conc.w%.t");
             reads.fetch_add(1);
         }
@@ -115,18 +102,12 @@ TEST(RepositoryConcurrency, ClientsCreateSetReadAndDestroyWhileAnotherObserves) 
     watcher.join();
 
     EXPECT_GT(reads.load(), 0u);
-    EXPECT_EQ(read("conc.total"), U(WORKERS * ROUNDS));
-    for (unsigned w = 0; w < WORKERS; ++w) {
-        EXPECT_EQ(read(workerName(w, "e")), U(2 * ROUNDS));
-        std::vector<Value> expected;
-        for (unsigned long long j = 1; j <= ROUNDS; ++j) expected.push_back(U(2 * j));
-        std::lock_guard<std::mutex> guard(heardMutex);
-        EXPECT_EQ(heard[workerName(w, "e")], expected) << w;
-    }
+    EXPECT_EQ(read("conc.total"), Value(WORKERS * ROUNDS));
+    std::vector<Value> expected;
+    for (unsigned long long j = 1; j <= ROUNDS; ++j) expected.push_back(Value(2 * j));
+    for (unsigned w = 0; w < WORKERS; ++w) EXPECT_EQ(heard[workerName(w, "e")], expected) << w;
     VXVector<VXPPtr<INode>> left;
     ASSERT_TRUE(Repository::GET("conc.w%.t", left).isSuccess());
-    EXPECT_TRUE(left.empty());
-    ASSERT_TRUE(Repository::GET("conc.w%.k", left).isSuccess());
     EXPECT_TRUE(left.empty());
 }
 

@@ -36,7 +36,6 @@ public:
             if (e.getParentObj(parent, 2, 10).isSuccess() && parent.get("name", name).isSuccess())
                 line += " parent=" + name;
             seen.push_back(line);
-            uids.push_back(e.getUID());
         });
     }
     XCode watch(const VXPtr<DB::Database>& db, const char* table,
@@ -49,7 +48,6 @@ public:
     }
     VX::ComponentManager manager_;
     Lines seen;
-    VXVector<uint64_t> uids;
 };
 
 class CallbackTest : public ::testing::Test {
@@ -66,8 +64,13 @@ protected:
     Recorder rec_;
 };
 
-TEST_F(CallbackTest, CommittedChangesArriveReadableInOrder) {
+// Changes arrive after their commit, in order, readable; an update that
+// changes nothing is none, a new identifier is a delete and a new entry, and
+// what a cascade made of a change arrives too (a trigger's changes are in the
+// tool's db_schema transcript).
+TEST_F(CallbackTest, CommittedChangesArriveInOrderWithWhatCascadesMade) {
     ASSERT_TRUE(rec_.watch(db_, "Interface").isSuccess());
+    ASSERT_TRUE(rec_.watch(db_, "Address", {DB::EVENT_DELETE}).isSuccess());
     uint64_t eth0 = 0, eth1 = 0;
     ASSERT_TRUE(inWrite(db_, [&](DB::ObjWrite& w) {
                     XCode rc = w.insert("Interface", {{"name", "eth0"}}, &eth0);
@@ -76,33 +79,17 @@ TEST_F(CallbackTest, CommittedChangesArriveReadableInOrder) {
                     EXPECT_TRUE(rec_.seen.empty());  // not before the commit
                     return rc;
                 }).isSuccess());
-    ASSERT_TRUE(update(eth0, "mtu=9000").isSuccess());
-    ASSERT_TRUE(update(eth0, "mtu=9000").isSuccess());   // no change, no event
-    ASSERT_TRUE(update(eth0, "name=wan0").isSuccess());  // a new identifier
-    ASSERT_TRUE(remove(eth0).isSuccess());
-    EXPECT_EQ(rec_.seen, (Lines{"NEW Interface eth0 mtu=1500", "NEW Interface eth1 mtu=1280",
-                                "UPDATE Interface eth0 mtu=9000", "DELETE Interface eth0 mtu=9000",
-                                "NEW Interface wan0 mtu=9000", "DELETE Interface wan0 mtu=9000"}));
-    EXPECT_EQ(rec_.uids, (VXVector<uint64_t>{eth0, eth1, eth0, eth0, eth0, eth0}));
-}
-
-TEST_F(CallbackTest, ChangesCarryWhatTriggersAndCascadesMadeOfThem) {
-    ASSERT_TRUE(db_->applySchema("CREATE TRIGGER clamp AFTER UPDATE OF mtu ON Interface"
-                                 " WHEN NEW.mtu > 9216 BEGIN"
-                                 " UPDATE Interface SET mtu = 9216 WHERE rowid = NEW.rowid; END;")
-                    .isSuccess());
-    ASSERT_TRUE(rec_.watch(db_, "Address").isSuccess());
-    ASSERT_TRUE(rec_.watch(db_, "Interface", {DB::EVENT_UPDATE, DB::EVENT_DELETE}).isSuccess());
-    uint64_t eth0 = dbtest::addInterface(db_, "eth0");
     dbtest::addAddress(db_, eth0, "1", "10.0.0.1");
-    dbtest::addAddress(db_, eth0, "2", "10.0.0.2");
-    rec_.seen.clear();
-    ASSERT_TRUE(update(eth0, "mtu=10000").isSuccess());
+    ASSERT_TRUE(update(eth0, "mtu=9216").isSuccess());
+    ASSERT_TRUE(update(eth0, "mtu=9216").isSuccess());  // no change, no event
+    ASSERT_TRUE(update(eth0, "name=wan0").isSuccess());
     ASSERT_TRUE(remove(eth0).isSuccess());
     // Deleted children still name their deleted parent.
     EXPECT_EQ(rec_.seen,
-              (Lines{"UPDATE Interface eth0 mtu=9216", "DELETE Address 10.0.0.1 parent=eth0",
-                     "DELETE Address 10.0.0.2 parent=eth0", "DELETE Interface eth0 mtu=9216"}));
+              (Lines{"NEW Interface eth0 mtu=1500", "NEW Interface eth1 mtu=1280",
+                     "UPDATE Interface eth0 mtu=9216", "DELETE Interface eth0 mtu=9216",
+                     "NEW Interface wan0 mtu=9216", "DELETE Address 10.0.0.1 parent=wan0",
+                     "DELETE Interface wan0 mtu=9216"}));
 }
 
 TEST_F(CallbackTest, RolledBackFailedAndUnregisteredChangesReachNobody) {
@@ -130,35 +117,17 @@ TEST_F(CallbackTest, RolledBackFailedAndUnregisteredChangesReachNobody) {
     EXPECT_EQ(other.seen, (Lines{"UPDATE Interface eth0 mtu=1280"}));
 }
 
+// A registration needs a callback transaction of its own and is staged in
+// it: rolled back, it is gone.
 TEST_F(CallbackTest, RegistrationsAreCheckedAndTakeEffectAtTheirCommit) {
-    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_);
-    struct Case {
-        XCode rc;
-        uint32_t code;
-        const char* text;
-    };
-    Case before{DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
-                "TRANSACTION NOT STARTED"};
-    ASSERT_TRUE(tx.start().isSuccess());
-    DB::Transaction joined(DB::TRANSACTION_READ, db_);
-    ASSERT_TRUE(joined.start().isSuccess());
-    const Case cases[] = {
-        before,
-        {DB::REGISTER_CALLBACK(joined, 2, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_TRANSACTION,
-         "NOT A CALLBACK TRANSACTION"},
-        {DB::REGISTER_CALLBACK(tx, 9, DB::EVENT_NEW, 1, &rec_.manager_), DB::E_SCHEMA,
-         "INVALID DATABASE TABLE NUMBER: 9"},
-        {DB::REGISTER_CALLBACK(tx, 2, static_cast<DB::EventType_>(3), 1, &rec_.manager_),
-         DB::E_VALUE, "INVALID DATABASE EVENT TYPE: 3"},
-        {DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 0, &rec_.manager_), DB::E_VALUE,
-         "UNSUPPORTED CALLBACK TYPE: 0"},
-        {DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, nullptr), DB::E_VALUE,
-         "NO COMPONENT MANAGER"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.rc.getValue(), c.code) << c.text;
-        EXPECT_EQ(c.rc.getString(), c.text);
-    }
+    DB::Transaction tx(DB::TRANSACTION_CALLBACK, db_), joined(DB::TRANSACTION_READ, db_);
+    EXPECT_EQ(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_).getString(),
+              "TRANSACTION NOT STARTED");
+    ASSERT_TRUE(tx.start().isSuccess() && joined.start().isSuccess());
+    EXPECT_EQ(DB::REGISTER_CALLBACK(joined, 2, DB::EVENT_NEW, 1, &rec_.manager_).getString(),
+              "NOT A CALLBACK TRANSACTION");
+    EXPECT_EQ(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 0, &rec_.manager_).getString(),
+              "UNSUPPORTED CALLBACK TYPE: 0");
     ASSERT_TRUE(DB::REGISTER_CALLBACK(tx, 2, DB::EVENT_NEW, 1, &rec_.manager_).isSuccess());
     ASSERT_TRUE(joined.commit().isSuccess());
     ASSERT_TRUE(tx.rollback().isSuccess());

@@ -6,7 +6,6 @@
 // delivered exactly once.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 
 #include "db/db_test_support.h"
@@ -16,47 +15,24 @@ namespace {
 
 using dbtest::TempFile;
 
-// What a fault leaves open until it is lifted: the other connection and its
-// transaction.
-struct Other {
-    VXPtr<DB::Database> db;
-    std::unique_ptr<DB::Transaction> tx;
-};
-
-struct Fault {
+// A fault: the mode the file is opened in, and another connection holding a
+// transaction of type `hold` (NONE: no other connection) until it ends,
+// which lifts the fault; or the file deleted while open.
+constexpr int NONE = -1;
+const struct Fault {
     const char* name;
     DB::Database::OpenMode mode;
-    // Makes the fault on the file `path` that `db` has open.
-    std::function<void(const String& path, Other& other)> make;
-    bool liftable;  // ending the other connection's transaction lifts it
-    const char* text;
-    const char* reason;
-};
-
-// Another connection to the file holding a transaction of `type`; a read
-// transaction reads an entry, so that it holds the file's shared lock.
-void hold(const String& path, Other& other, int type) {
-    ASSERT_TRUE(DB::Database::OPEN(other.db, path).isSuccess());
-    other.tx = std::make_unique<DB::Transaction>(type, other.db);
-    ASSERT_TRUE(other.tx->start().isSuccess());
-    if (type == DB::TRANSACTION_READ) {
-        DB::ObjRead e(*other.tx);
-        ASSERT_TRUE(e.setStructNo(other.tx->getBase().getStructNo("Interface")).isSuccess());
-        ASSERT_TRUE(e.readFirst().isSuccess());
-    }
-}
-
-const Fault kFaults[] = {
-    {"read-only", DB::Database::OPEN_READ_ONLY, [](const String&, Other&) {}, false,
-     "DATABASE IS READ-ONLY", "attempt to write a readonly database"},
-    {"another connection writes", DB::Database::OPEN_READ_WRITE,
-     [](const String& path, Other& other) { hold(path, other, DB::TRANSACTION_WRITE); }, true,
+    int hold;
+    bool deleted;
+    const char *text, *reason;
+} kFaults[] = {
+    {"read-only", DB::Database::OPEN_READ_ONLY, NONE, false, "DATABASE IS READ-ONLY",
+     "attempt to write a readonly database"},
+    {"another connection writes", DB::Database::OPEN_READ_WRITE, DB::TRANSACTION_WRITE, false,
      "DATABASE IS BUSY", "database is locked"},
     {"another connection reads during the commit", DB::Database::OPEN_READ_WRITE,
-     [](const String& path, Other& other) { hold(path, other, DB::TRANSACTION_READ); }, true,
-     "DATABASE IS BUSY", "database is locked"},
-    {"deleted while open", DB::Database::OPEN_READ_WRITE,
-     [](const String& path, Other&) { ASSERT_EQ(std::remove(path.c_str()), 0); }, false,
+     DB::TRANSACTION_READ, false, "DATABASE IS BUSY", "database is locked"},
+    {"deleted while open", DB::Database::OPEN_READ_WRITE, NONE, true,
      "DATABASE FILE MOVED OR DELETED", "attempt to write a readonly database"},
 };
 
@@ -87,20 +63,30 @@ TEST(FaultTest, RefusedWritesNameTheFileLoseNothingAndAreDeliveredOnceWhenLifted
             });
         };
 
-        Other other;
-        fault.make(file.path(), other);
+        VXPtr<DB::Database> other;
+        std::unique_ptr<DB::Transaction> held;
+        if (fault.hold != NONE) {
+            // A read transaction reads an entry, so that it holds the shared lock.
+            ASSERT_TRUE(DB::Database::OPEN(other, file.path()).isSuccess());
+            held = std::make_unique<DB::Transaction>(fault.hold, other);
+            ASSERT_TRUE(held->start().isSuccess());
+            DB::ObjRead e(*held);
+            ASSERT_TRUE(e.setStructNo(held->getBase().getStructNo("Interface")).isSuccess());
+            ASSERT_TRUE(e.readFirst().isSuccess());
+        }
+        ASSERT_TRUE(!fault.deleted || std::remove(file.path().c_str()) == 0);
         XCode rc = raise("9000");
         EXPECT_EQ(rc.getValue(), DB::E_DATABASE);
         EXPECT_EQ(rc.getString(),
                   String(fault.text) + ": " + file.path() + " (" + fault.reason + ")");
         EXPECT_TRUE(delivered.empty());
         EXPECT_EQ(dbtest::read(db, "Interface", "mtu"), (VXVector<String>{"1500"}));
-        if (!fault.liftable) continue;
+        if (!held) continue;
 
-        other.tx.reset();
+        held.reset();
         ASSERT_TRUE(raise("9000").isSuccess());
         EXPECT_EQ(delivered, (VXVector<String>{"9000"}));
-        EXPECT_EQ(dbtest::read(other.db, "Interface", "mtu"), (VXVector<String>{"9000"}));
+        EXPECT_EQ(dbtest::read(other, "Interface", "mtu"), (VXVector<String>{"9000"}));
     }
 }
 

@@ -1,4 +1,4 @@
-// Bad schemas and bad files: each fails with its own text and leaves the
+// Bad schemas and bad files: each fails with its own code and leaves the
 // database and its dictionary as they were; missing and damaged files, and
 // files whose schema the layer cannot map (a foreign file is the tool's test).
 #include <gtest/gtest.h>
@@ -18,62 +18,22 @@ std::string fileBytes(const String& path) {
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void writeBytes(const String& path, const std::string& bytes, std::streamoff at = 0) {
-    std::fstream out(path.c_str(), std::ios::binary | std::ios::in | std::ios::out);
-    if (!out) out.open(path.c_str(), std::ios::binary | std::ios::out);
-    out.seekp(at);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
+// Each refusal's text is in the tool's db_schema transcript; here, the code
+// and the dictionary, which stays the one handed out before.
 TEST(SchemaTest, BadSchemasAreRefusedAndLeaveTheDatabaseAsItWas) {
-    // Each text follows "INVALID DATABASE SCHEMA: "; "T;" stands for
-    // "CREATE TABLE T (a U8);".
-    const struct {
-        const char *sql, *text;
-    } cases[] = {
-        {"CREATE TABLE T (a FLOATY)", "UNSUPPORTED FIELD TYPE 'FLOATY': T.a"},
-        {"CREATE TABLE T (a CHAR(0))", "UNSUPPORTED FIELD TYPE 'CHAR(0)': T.a"},
-        {"CREATE TABLE T (a)", "MISSING FIELD TYPE: T.a"},
-        {"CREATE TABLE T (a U8 PRIMARY KEY) WITHOUT ROWID", "TABLE WITHOUT ROWID: T"},
-        {"T; CREATE UNIQUE INDEX identifier_T ON T (a + 1)",
-         "UNSUPPORTED INDEX EXPRESSION: identifier_T"},
-        {"T; CREATE INDEX identifier_T ON T (a)", "IDENTIFIER INDEX NOT UNIQUE: T"},
-        {"T; CREATE UNIQUE INDEX identifier_T ON T (a) WHERE a > 0",
-         "IDENTIFIER INDEX IS PARTIAL: T"},
-        {"T; CREATE INDEX x_T ON T (a); CREATE INDEX x ON T (a)",
-         "DUPLICATE DATABASE INDEX NAME: T.x"},
-        {R"(CREATE TABLE T ("parent.parentId" U32))", "INVALID PARENT FIELDS: T"},
-        {R"(CREATE TABLE T ("parent.parentStructNo" U16, "parent.parentId" TEXT))",
-         "INVALID PARENT FIELDS: T"},
-        {"CREATE TABLE T (objType TEXT)", "INVALID TYPE OF DATABASE FIELD: T.objType"},
-        {R"(CREATE TABLE T (state U8, "state.admin" BOOL))",
-         "FIELD IS BOTH VALUE AND STRUCTURE: T.state"},
-        {R"(CREATE TABLE T ("State.admin" BOOL))", "INVALID DATABASE STRUCTURE NAME: T.State"},
-        {R"(CREATE TABLE T ("a..b" BOOL))", "INVALID DATABASE FIELD NAME: T.a..b"},
-        {"CREATE TABLE lower (a U8)", "INVALID DATABASE TABLE NAME: lower"},
-        {R"(CREATE TABLE "A:B" (a U8))", "INVALID DATABASE TABLE NAME: A:B"},
-        {"CREAT TABLE T (a U8)", R"(near "CREAT": syntax error)"},
-        {"T; CREATE TABLE Interface (a U8)", "table Interface already exists"},
-        {"T; BEGIN", "cannot start a transaction within a transaction"},
-        {"CREATE TABLE T (a U8 NOT NULL); INSERT INTO T DEFAULT VALUES",
-         "MISSING VALUE FOR DATABASE FIELD: T.a"},
-    };
     VXPtr<DB::Database> db = openExample();
-    uint64_t eth0 = dbtest::addInterface(db, "eth0");
     VXPtr<const DB::Base> before = db->getBase();
+    const struct {
+        const char* sql;
+        uint32_t code;
+    } cases[] = {
+        {"CREATE TABLE T (a U8); CREATE INDEX identifier_T ON T (a)", DB::E_SCHEMA},
+        {"CREATE TABLE T (a U8 NOT NULL); INSERT INTO T DEFAULT VALUES", DB::E_CONSTRAINT},
+    };
     for (const auto& c : cases) {
-        std::string sql = c.sql;
-        if (sql.starts_with("T;")) sql.replace(0, 2, "CREATE TABLE T (a U8);");
-        XCode rc = db->applySchema(sql.c_str());
-        const bool missing = std::string(c.text).starts_with("MISSING VALUE");
-        EXPECT_EQ(rc.getValue(), missing ? DB::E_CONSTRAINT : DB::E_SCHEMA) << c.sql;
-        EXPECT_EQ(rc.getString(), String("INVALID DATABASE SCHEMA: ") + c.text) << c.sql;
+        EXPECT_EQ(db->applySchema(c.sql).getValue(), c.code) << c.sql;
         EXPECT_EQ(db->getBase(), before) << c.sql;
     }
-    // Nothing of any of them stayed: T can be made now, and the data is there.
-    ASSERT_TRUE(db->applySchema("CREATE TABLE T (a U8)").isSuccess());
-    EXPECT_EQ(db->getBase()->getStructNo("T"), 6);
-    EXPECT_EQ(dbtest::read(db, "Interface"), (VXVector<String>{dbtest::text(eth0)}));
     EXPECT_EQ(db->applySchemaFile("/nonexistent/schema.sql").getString(),
               "CANNOT READ SCHEMA FILE: /nonexistent/schema.sql");
 }
@@ -102,9 +62,10 @@ TEST(SchemaTest, MissingAndDamagedFiles) {
                         return rc;
                     }).isSuccess());
     }
-    ASSERT_GT(fileBytes(damaged.path()).size(), 6u * 4096);
-    writeBytes(damaged.path(), std::string(4096, '\x5A'), 4 * 4096);
-    const std::string bytes = fileBytes(damaged.path());
+    std::string bytes = fileBytes(damaged.path());
+    ASSERT_GT(bytes.size(), 6u * 4096);
+    bytes.replace(4 * 4096, 4096, 4096, '\x5A');
+    std::ofstream(damaged.path().c_str(), std::ios::binary) << bytes;
     rc = DB::Database::OPEN(db, damaged.path());
     EXPECT_EQ(rc.getValue(), DB::E_CORRUPT);
     // SQLite's finding (which page, which tree) follows the file's name.

@@ -1,5 +1,5 @@
 // Test components for the component-model tests: three small interfaces and
-// drivers offering various sets of them, which record their destruction.
+// drivers offering some of them, which record their destruction.
 #pragma once
 
 #include "host/component/driver.h"
@@ -46,12 +46,6 @@ class CFooBar : public CInherit<CFooBar, CFoo, IBar> {
 public:
     using CInherit::CInherit;
     int bar() override { return 2; }
-};
-
-class CFooBarBaz : public CInherit<CFooBarBaz, CFooBar, IBaz> {
-public:
-    using CInherit::CInherit;
-    int baz() override { return 3; }
 };
 
 }  // namespace test_components

@@ -13,20 +13,11 @@
 namespace {
 
 TEST(StringTest, SplitKeepsEmptyPiecesAndFormatGrows) {
-    const struct {
-        const char *text, *separators;
-        std::vector<String> pieces;
-    } cases[] = {
-        {"a,b", ",", {"a", "b"}}, {"a,,b;", ",;", {"a", "", "b", ""}},
-        {"", ",", {""}},          {"abc", "", {"abc"}},
-        {";", ";", {"", ""}},
-    };
-    for (const auto& c : cases) EXPECT_EQ(String(c.text).splitAtChars(c.separators), c.pieces);
-
+    EXPECT_EQ(String("a,,b;").splitAtChars(",;"), (std::vector<String>{"a", "", "b", ""}));
+    EXPECT_EQ(String("").splitAtChars(","), (std::vector<String>{""}));
     String s = "x";
     s.concatf("-%u", 7u).concatf("%s", "!");
     EXPECT_EQ(s, "x-7!");
-    EXPECT_EQ(s.format("%05d", 42), "00042");
     // Around the formatter's stack buffer of 256 bytes.
     for (size_t n : {254, 255, 256, 1000}) {
         const std::string text(n, 'q');
@@ -34,8 +25,6 @@ TEST(StringTest, SplitKeepsEmptyPiecesAndFormatGrows) {
         EXPECT_EQ(big.str(), "<" + text + ">");
         EXPECT_EQ(big.concatf("%s", text.c_str()).str(), "<" + text + ">" + text);
     }
-    EXPECT_EQ(String::stringOf(-12), "-12");
-    EXPECT_EQ(String::stringOf(18446744073709551615ull), "18446744073709551615");
 }
 
 TEST(StringTest, NumbersTakeTheWholeTextOrNothing) {
@@ -50,29 +39,19 @@ TEST(StringTest, NumbersTakeTheWholeTextOrNothing) {
         I asInt64;
         U asUInt64;
     } cases[] = {
-        {"42", 42, 42, 42, 42},
-        {" 42\t", 42, 42, 42, 42},
-        {"\v42\f", 42, 42, 42, 42},
+        {"\v42\t", 42, 42, 42, 42},
         {"0x1F", 31, 31, 31, 31},
         {"010", 8, 8, 8, 8},
         {"\f-5\v\r\n", -5, no, -5, no},
-        {"2147483647", 2147483647, 2147483647u, 2147483647, 2147483647u},
         {"2147483648", no, 2147483648u, 2147483648, 2147483648u},
-        {"4294967295", no, 4294967295u, 4294967295, 4294967295u},
         {"4294967296", no, no, 4294967296, 4294967296u},
         {"-2147483648", -2147483648, no, -2147483648, no},
         {"-2147483649", no, no, -2147483649, no},
-        {"9223372036854775808", no, no, no, 9223372036854775808u},
-        {"18446744073709551615", no, no, no, 18446744073709551615u},
         {"18446744073709551616", no, no, no, no},
         {"12abc", no, no, no, no},
-        {"", no, no, no, no},
-        {"   ", no, no, no, no},
         {"1.5", no, no, no, no},
         // A NUL anywhere is no number, also where the C text would end.
-        {"\0"s + "12", no, no, no, no},
         {"12\0junk"s, no, no, no, no},
-        {"12 \0"s, no, no, no, no},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(::testing::PrintToString(c.text));

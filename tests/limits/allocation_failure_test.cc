@@ -10,9 +10,9 @@
 #include <cstdlib>
 #include <functional>
 #include <new>
-#include <ostream>
 
 #include "host/runtime/crit.h"
+#include "support/print.h"
 #include "sysevent/repository/repository.h"
 
 namespace {
@@ -22,11 +22,8 @@ std::atomic<long> s_left{-1};
 std::atomic<bool> s_failed{false};
 
 bool failNow() {
-    long left = s_left.load(std::memory_order_relaxed);
-    if (left < 0) return false;
-    if (s_left.fetch_sub(1) != 0) return false;
-    s_failed = true;
-    return true;
+    if (s_left.load(std::memory_order_relaxed) < 0 || s_left.fetch_sub(1) != 0) return false;
+    return s_failed = true;
 }
 
 void* allocate(size_t size) {
@@ -77,10 +74,6 @@ void operator delete[](void* p, const std::nothrow_t&) noexcept {
 
 namespace VX::SysEvent {
 
-inline void PrintTo(const Value& v, std::ostream* os) {
-    *os << v.toString().c_str();
-}
-
 namespace {
 
 Value U(unsigned long long n) {
@@ -91,11 +84,6 @@ Value valueOf(const String& name) {
     Value v(DST_UNDEF);
     Repository::GET_VALUE(name, v);
     return v;
-}
-
-bool exists(const String& name) {
-    Value v;
-    return Repository::GET_VALUE(name, v).isSuccess();
 }
 
 struct Operation {
@@ -113,24 +101,14 @@ TEST(AllocationFailure, EveryBuildingOperationFailsCleanly) {
         ASSERT_TRUE(repository->createVariable("oom.a", "", U(2)).isSuccess());
         ASSERT_TRUE(repository->createExpression("oom", "double", "a * 2").isSuccess());
     }
-    // Texts longer than the small-string buffer are made before arming, so
-    // that the allocations counted are the engine's.
-    const String temporal = "DELAY(a, 1s) within 5s";
     const Operation operations[] = {
         {"variable", [](Repository& r) { return r.createVariable("oom.v", "", U(5)); },
          [](bool ok) { EXPECT_EQ(valueOf("oom.v"), ok ? U(5) : Value(DST_UNDEF)); },
          [](Repository& r) { r.destroy("oom.v"); }},
-        {"constant", [](Repository& r) { return r.createConstant("oom.k", "", Value("text")); },
-         [](bool ok) { EXPECT_EQ(valueOf("oom.k"), ok ? Value("text") : Value(DST_UNDEF)); },
-         [](Repository& r) { r.destroy("oom.k"); }},
         {"expression",
          [](Repository& r) { return r.createExpression("oom", "e", "a * 10 + double"); },
          [](bool ok) { EXPECT_EQ(valueOf("oom.e"), ok ? U(24) : Value(DST_UNDEF)); },
          [](Repository& r) { r.destroy("oom.e"); }},
-        {"temporal expression",
-         [&](Repository& r) { return r.createExpression("oom", "t", temporal); },
-         [](bool ok) { EXPECT_EQ(exists("oom.t"), ok); },
-         [](Repository& r) { r.destroy("oom.t"); }},
         {"expression set", [](Repository& r) { return r.createExpression("oom.a%", "s", "a + 1"); },
          [](bool) {}, [](Repository& r) { r.destroyExpression("oom.a%", "s"); }},
         {"changed value", [](Repository& r) { return r.setValue("oom.a", U(3)); },
@@ -139,10 +117,7 @@ TEST(AllocationFailure, EveryBuildingOperationFailsCleanly) {
              // comes after the value was taken: the graph is consistent
              // either way, and a success means the new value.
              const Value a = valueOf("oom.a");
-             if (ok) {
-                 EXPECT_EQ(a, U(3));
-             }
-             EXPECT_TRUE(a == U(2) || a == U(3)) << a.toString().c_str();
+             EXPECT_TRUE(a == U(3) || (!ok && a == U(2))) << a.toString().c_str();
              EXPECT_EQ(valueOf("oom.double"), U(a.data.uint * 2));
          },
          [](Repository& r) { r.setValue("oom.a", U(2)); }},
@@ -153,26 +128,8 @@ TEST(AllocationFailure, EveryBuildingOperationFailsCleanly) {
              EXPECT_TRUE(d == U(6) || (!ok && d == U(4))) << d.toString().c_str();
          },
          [](Repository& r) { r.setExpression("oom", "double", "a * 2"); }},
-        {"evaluation",
-         [](Repository& r) {
-             VXVector<Value> out;
-             XCode rc = r.evaluateExpression("oom", "double * 2", out);
-             if (rc.isSuccess() && (out.size() != 1 || out[0] != U(8))) {
-                 return XCode::Failure("wrong result: " +
-                                       (out.empty() ? String("none") : out[0].toString()));
-             }
-             return rc;
-         },
-         [](bool) {}, [](Repository&) {}},
-    };
-    auto failures = [] {
-        return ::testing::UnitTest::GetInstance()
-            ->current_test_info()
-            ->result()
-            ->total_part_count();
     };
     for (const Operation& op : operations) {
-        const int failuresBefore = failures();
         bool through = false;
         for (long n = 0; n < 100000 && !through; ++n) {
             SCOPED_TRACE(::testing::Message() << op.what << ", allocation " << n);
@@ -189,11 +146,9 @@ TEST(AllocationFailure, EveryBuildingOperationFailsCleanly) {
             }
             s_left = -1;
             through = !s_failed;
-            if (s_failed && rc.isErr()) {
-                EXPECT_EQ(rc.getValue(), XCode::GENERIC_FAILURE) << rc.toString().c_str();
-            } else {
-                EXPECT_TRUE(rc.isSuccess()) << rc.toString().c_str();
-            }
+            // Only an allocation that failed may fail the operation.
+            EXPECT_EQ(rc.getValue(), s_failed && rc.isErr() ? XCode::GENERIC_FAILURE : 0u)
+                << rc.toString().c_str();
             op.check(rc.isSuccess());
             op.undo(*repository);
             if (rc.isErr()) {
@@ -203,7 +158,7 @@ TEST(AllocationFailure, EveryBuildingOperationFailsCleanly) {
                 op.check(again.isSuccess());
                 op.undo(*repository);
             }
-            if (failures() != failuresBefore) break;
+            if (HasFailure()) break;  // one report is enough
         }
         EXPECT_TRUE(through) << op.what;
     }

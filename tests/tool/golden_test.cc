@@ -36,6 +36,7 @@ const GoldenCase CASES[] = {
     {"functions", "run --manual-time --script tests/tool/golden/functions.se", "", 1},
     {"database", "run --manual-time --script tests/tool/golden/database.se", "", 0},
     {"db_entries", "run --manual-time --script tests/tool/golden/db_entries.se", "", 1},
+    {"db_schema", "run --manual-time --script tests/tool/golden/db_schema.se", "", 1},
     {"host_clock", "run --manual-time --script tests/tool/golden/host_clock.se", "", 1},
     {"line_monitor",
      "run examples/line-monitor/lines.se --manual-time --script examples/line-monitor/run.se", "",

@@ -26,6 +26,7 @@ const Session::Command Session::COMMANDS[] = {
     {"untrack", &Session::cmdUntrack, "untrack db.NAME", "end such a binding"},
     {"db", &Session::cmdDatabase, "db insert|update|delete|show ENTRY [FIELD=VALUE...]",
      "change or show the configuration database (ENTRY: Interface:eth0)"},
+    {"schema", &Session::cmdSchema, "schema SQL", "extend the configuration database's schema"},
     {"functions", &Session::cmdFunctions, "functions", "list the built-in functions"},
     {"wait", &Session::cmdWait, "wait DURATION",
      "let time pass (with --manual-time: advance the clock)"},

@@ -92,6 +92,7 @@ private:
     bool cmdTrack(const CommandLine& cmd, Failure& failure);
     bool cmdUntrack(const CommandLine& cmd, Failure& failure);
     bool cmdDatabase(const CommandLine& cmd, Failure& failure);
+    bool cmdSchema(const CommandLine& cmd, Failure& failure);
     bool cmdFunctions(const CommandLine& cmd, Failure& failure);
     bool cmdWait(const CommandLine& cmd, Failure& failure);
     bool cmdHelp(const CommandLine& cmd, Failure& failure);
