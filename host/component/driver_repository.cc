@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
+#include <unordered_map>
 
 #include "host/runtime/crit.h"
 
@@ -28,6 +30,7 @@ public:
     XCode remove(const VXPPtr<IDriver>& driver) override;
     XCode remove(const String& driverName) override;
     XCode getIf(const String& driverName, const VX::UUID& iid, void** out) override;
+    bool findIf(const String& driverName, const VX::UUID& iid, void** out) override;
     XCode getDrivers(const VX::UUID& did, const String& namePrefix, const VX::UUID& iid,
                      VXVector<VXPPtr<IDriver>>& list) override;
     XCode addRepositoryObserver(const String& observerName, const VX::UUID& did,
@@ -51,6 +54,15 @@ private:
         bool active = true;
     };
     using Drivers = VXList<VXPPtr<IDriver>>;
+    // Keyed by a view of the driver's own name, which lives as long as the
+    // registration holds the driver: the name is not stored a second time.
+    // A plain (uncached) hash keeps each entry at three words.
+    struct NameHash {
+        size_t operator()(std::string_view name) const noexcept {
+            return std::hash<std::string_view>()(name);
+        }
+    };
+    using ByName = std::unordered_map<std::string_view, Drivers::iterator, NameHash>;
 
     bool isRegistered(const VXPPtr<IDriver>& driver) const;
     VXVector<VXPPtr<IDriver>> snapshotDrivers() const { return {drivers_.begin(), drivers_.end()}; }
@@ -61,7 +73,7 @@ private:
 
     // All guarded by the repository's lock.
     Drivers drivers_;  // registration order
-    VXStringHashTable<Drivers::iterator> byName_;
+    ByName byName_;
     VXVector<std::shared_ptr<Registration>> observers_;  // priority, then registration order
 };
 
@@ -104,7 +116,8 @@ XCode DriverRepository::add(const VXPPtr<IDriver>& driver) {
     if (byName_.count(name)) {
         return XCode::Failure(String::Formatted("DRIVER ALREADY EXISTS: %s", name.c_str()));
     }
-    byName_.emplace(name, drivers_.insert(drivers_.end(), driver));
+    const Drivers::iterator entry = drivers_.insert(drivers_.end(), driver);
+    byName_.emplace(std::string_view((*entry)->getDriverName()), entry);
     driver->setDriverRepository(this);
     notifyAdded(driver);
     return XCode();
@@ -140,6 +153,13 @@ XCode DriverRepository::getIf(const String& driverName, const VX::UUID& iid, voi
         return XCode::Failure(String::Formatted("INTERFACE NOT SUPPORTED: %s", driverName.c_str()));
     }
     return XCode();
+}
+
+bool DriverRepository::findIf(const String& driverName, const VX::UUID& iid, void** out) {
+    VXAutoLock held(*getLock());
+    if (out) *out = nullptr;
+    auto it = byName_.find(driverName);
+    return it != byName_.end() && (*it->second)->queryInterface(iid, out).isSuccess();
 }
 
 XCode DriverRepository::getDrivers(const VX::UUID& did, const String& namePrefix,
@@ -230,6 +250,11 @@ XCode DRIVER::REMOVE(const String& driverName) {
 XCode DRIVER::GET_IF(const String& driverName, const VX::UUID& iid, void** out) {
     VXLockPtr<IDriverRepository> repository(INSTANCE());
     return repository->getIf(driverName, iid, out);
+}
+
+bool DRIVER::FIND_IF(const String& driverName, const VX::UUID& iid, void** out) {
+    VXLockPtr<IDriverRepository> repository(INSTANCE());
+    return repository->findIf(driverName, iid, out);
 }
 
 XCode DRIVER::GET_INTERFACES(const VX::UUID& did, const String& namePrefix, const VX::UUID& iid,

@@ -32,6 +32,8 @@ public:
     virtual XCode remove(const VXPPtr<IDriver>& driver) = 0;
     virtual XCode remove(const String& driverName) = 0;
     virtual XCode getIf(const String& driverName, const VX::UUID& iid, void** out) = 0;
+    // getIf without the failure text: false where getIf fails.
+    virtual bool findIf(const String& driverName, const VX::UUID& iid, void** out) = 0;
     virtual XCode getDrivers(const VX::UUID& did, const String& namePrefix, const VX::UUID& iid,
                              VXVector<VXPPtr<IDriver>>& list) = 0;
     virtual XCode addRepositoryObserver(const String& observerName, const VX::UUID& did,
@@ -66,6 +68,12 @@ public:
     static XCode GET_IF(const String& driverName, const VX::UUID& iid, void** out);
     template <class I>
     static XCode GET_IF(const String& driverName, VXPPtr<I>& out);
+    // GET_IF for callers to whom a missing driver is an expected answer
+    // (a name that may or may not be published): false where GET_IF fails,
+    // without making its text.
+    static bool FIND_IF(const String& driverName, const VX::UUID& iid, void** out);
+    template <class I>
+    static bool FIND_IF(const String& driverName, VXPPtr<I>& out);
     // Appends (the list is not emptied) every driver of type `did` whose name
     // starts with `namePrefix` (empty: every name) and which offers `iid`, in
     // registration order. A nil `did` or `iid` matches every driver. Succeeds
@@ -94,6 +102,19 @@ public:
     // Fails with "OBSERVER DOES NOT EXIST: <name>".
     static XCode REMOVE_REPOSITORY_OBSERVER(const String& observerName);
 };
+
+template <class I>
+bool DRIVER::FIND_IF(const String& driverName, VXPPtr<I>& out) {
+    void* raw = nullptr;
+    if (!FIND_IF(driverName, I::IID(), &raw)) {
+        out = nullptr;
+        return false;
+    }
+    I* typed = static_cast<I*>(raw);
+    out = typed;
+    typed->release();  // out's reference replaces the one FIND_IF took
+    return true;
+}
 
 template <class I>
 XCode DRIVER::GET_IF(const String& driverName, VXPPtr<I>& out) {

@@ -298,9 +298,9 @@ const String& FunctionNode::getName() const {
         *--p = '(';
         String name = m_functionName;
         name += String(p, static_cast<size_t>(end - p));
-        const_cast<String&>(m_name) = std::move(name);
+        const_cast<Text&>(m_name) = std::move(name);
     }
-    return m_name;
+    return m_name.get();
 }
 
 uint64_t FunctionNode::PENDING_UPDATES_IN_GRAPH() {

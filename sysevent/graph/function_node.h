@@ -113,7 +113,8 @@ public:
 
     const String& getFunctionName() const { return m_functionName; }
     const String& getParameterText() const { return *m_parameterText; }
-    const VXVector<VXLWPtr<Node>>& getChildren() const { return m_children; }
+    // A copy, for callers outside the graph.
+    VXVector<VXLWPtr<Node>> getChildren() const { return m_children.toVector(); }
     unsigned getChildCount() const { return static_cast<unsigned>(m_children.size()); }
     // Child `i` (i < getChildCount()).
     Node* getChild(unsigned i) const { return m_children[i].get(); }
@@ -151,9 +152,7 @@ protected:
     // Kept once per distinct text for the process: every node of one
     // function shares its factory's text.
     const String* m_parameterText;
-    VXVector<VXLWPtr<Node>> m_children;
-    // Set when the running compute read an argument that is not there.
-    mutable bool m_argumentMissing = false;
+    SmallList<VXLWPtr<Node>> m_children;
     uint32_t m_pendingUpdates = 0;
     uint32_t m_changedUpdates = 0;
 
@@ -188,7 +187,7 @@ private:
     // running propagation, once per yes; they, and only they, expect an
     // update from this node. Filled on the first visit of a propagation and
     // consumed by the last update.
-    VXVector<FunctionNode*> m_updatingParents;
+    SmallList<FunctionNode*> m_updatingParents;
 };
 
 class NonTemporalFunctionNode : public FunctionNode {

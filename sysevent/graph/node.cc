@@ -33,7 +33,7 @@ void Node::addObserver(NodeObserver* o) {
 }
 
 void Node::removeObserver(NodeObserver* o) {
-    m_observers.erase(std::remove(m_observers.begin(), m_observers.end(), o), m_observers.end());
+    m_observers.erase(o);
 }
 
 void Node::addInterest() {
@@ -131,7 +131,7 @@ bool Node::storeEvent(const Event& e) {
     if (m_observers.size() == 1) {
         m_observers.front()->onValueChanged(oldValue, newValue);
     } else if (!m_observers.empty()) {
-        const VXVector<NodeObserver*> snapshot = m_observers;
+        const VXVector<NodeObserver*> snapshot = m_observers.toVector();
         for (NodeObserver* o : snapshot) {
             if (std::find(m_observers.begin(), m_observers.end(), o) != m_observers.end())
                 o->onValueChanged(oldValue, newValue);
@@ -146,9 +146,8 @@ void Node::addParent(FunctionNode* p) {
 }
 
 void Node::removeParent(FunctionNode* p) {
-    const auto from = std::remove(m_parents.begin(), m_parents.end(), p);
-    if (!p->m_dirty) m_cleanParents -= static_cast<uint32_t>(m_parents.end() - from);
-    m_parents.erase(from, m_parents.end());
+    const uint32_t gone = m_parents.erase(p);
+    if (!p->m_dirty) m_cleanParents -= gone;
 }
 
 }  // namespace VX::SysEvent

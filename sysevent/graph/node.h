@@ -17,7 +17,9 @@
 #include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/string.h"
+#include "sysevent/graph/small_list.h"
 #include "sysevent/value/event.h"
+#include "sysevent/value/text.h"
 #include "sysevent/value/value.h"
 
 namespace VX::SysEvent {
@@ -101,8 +103,9 @@ public:
     // How many parent links lead to a parent that is not dirty. A change of
     // this node has nothing to ask when it is zero.
     uint32_t getCleanParentCount() const { return m_cleanParents; }
-    const VXVector<FunctionNode*>& getParents() const { return m_parents; }
-    const VXVector<NodeObserver*>& getObservers() const { return m_observers; }
+    // Copies, for callers outside the graph.
+    VXVector<FunctionNode*> getParents() const { return m_parents.toVector(); }
+    VXVector<NodeObserver*> getObservers() const { return m_observers.toVector(); }
     uint32_t getInterestCount() const { return m_interestCount; }
 
     // True while a propagation runs, process-wide. Guarded by the engine lock.
@@ -121,16 +124,20 @@ protected:
 
     ~Node() override;
 
-    String m_name;
-    VXVector<NodeObserver*> m_observers;  // not owned
+    // One word: a function node's name is made only when asked for.
+    Text m_name;
+    SmallList<NodeObserver*> m_observers;  // not owned
     uint32_t m_interestCount = 0;
     uint32_t m_cleanParents = 0;  // parent links whose parent is not dirty
     Kind m_kind = KIND_PLAIN;
     // Only function nodes are ever dirty; kept here so that a walk can test a
     // child or parent without knowing its class.
     bool m_dirty = false;
-    uint8_t m_listings = 0;             // Listing bits
-    VXVector<FunctionNode*> m_parents;  // not owned; each parent owns us
+    uint8_t m_listings = 0;  // Listing bits
+    // A function node's: set when the running compute read an argument that
+    // is not there (kept here, in what would be padding).
+    mutable bool m_argumentMissing = false;
+    SmallList<FunctionNode*> m_parents;  // not owned; each parent owns us
     Event m_lastEvent;
 };
 

@@ -9,7 +9,7 @@ VXLWPtr<ProxyNode> ProxyRepository::getOrCreate(const String& name) {
     if (it != m_proxies.end()) return VXLWPtr<ProxyNode>(it->second);
     const VXLWPtr<Node> placeholder = ProxyNode::MAKE_PLACEHOLDER(name);
     VXLWPtr<ProxyNode> proxy(new ProxyNode(name, placeholder.get()));
-    m_proxies.emplace(name, proxy.get());
+    m_proxies.emplace(std::string_view(proxy->getReferencedName()), proxy.get());
     proxy->m_listings |= Node::LISTED_AS_PROXY;
     return proxy;
 }
@@ -35,7 +35,7 @@ void ProxyRepository::unlist(Node* proxy, const String& name) {
 void ProxyRepository::getNames(VXVector<String>& names) const {
     names.clear();
     names.reserve(m_proxies.size());
-    for (const auto& entry : m_proxies) names.push_back(entry.first);
+    for (const auto& entry : m_proxies) names.push_back(String(entry.first));
 }
 
 }  // namespace VX::SysEvent

@@ -10,6 +10,9 @@
 // holds the engine lock.
 #pragma once
 
+#include <string_view>
+#include <unordered_map>
+
 #include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
 #include "host/runtime/singleton.h"
@@ -40,7 +43,15 @@ public:
     size_t size() const { return m_proxies.size(); }
 
 private:
-    VXStringHashTable<ProxyNode*> m_proxies;  // not owned
+    // Keyed by a view of the proxy's own name (its function name, fixed for
+    // its life): the name is not stored a second time. A plain (uncached)
+    // hash keeps each entry at three words.
+    struct NameHash {
+        size_t operator()(std::string_view name) const noexcept {
+            return std::hash<std::string_view>()(name);
+        }
+    };
+    std::unordered_map<std::string_view, ProxyNode*, NameHash> m_proxies;  // not owned
 };
 
 }  // namespace VX::SysEvent

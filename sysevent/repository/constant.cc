@@ -12,9 +12,7 @@
 namespace VX::SysEvent {
 
 CConstant::CConstant(const String& name, const String& description, const Value& value)
-    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()),
-      m_description(description),
-      m_name(name) {
+    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()), m_description(description) {
     VXAutoLock held(LOCK());
     m_target = new Node(name, value);
     VXLWPtr<ProxyNode> proxy = ProxyRepository::INSTANCE()->getOrCreate(name);
@@ -29,9 +27,7 @@ CConstant::CConstant(const String& name, const String& description, const Value&
 }
 
 CConstant::CConstant(const String& name, const String& description)
-    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()),
-      m_description(description),
-      m_name(name) {
+    : CInherit(DID_Variable(), DRIVER_NAME_OF(name), &LOCK()), m_description(description) {
     VXAutoLock held(LOCK());
     attach(ProxyRepository::INSTANCE()->getOrCreate(name).get());
 }
@@ -41,7 +37,7 @@ CConstant::~CConstant() = default;
 bool CConstant::ownsName() const {
     if (getDriverRepository()) return true;
     void* raw = nullptr;
-    if (DRIVER::GET_IF(getDriverName(), IUnknown::IID(), &raw).isErr()) return true;
+    if (!DRIVER::FIND_IF(getDriverName(), IUnknown::IID(), &raw)) return true;
     IUnknown* other = static_cast<IUnknown*>(raw);
     const bool mine = other == static_cast<const IUnknown*>(this);
     other->release();
@@ -112,8 +108,15 @@ void CConstant::removeValueObserver(IReadObserver* observer) {
     if (m_valueObservers.remove(observer) && m_proxy) m_proxy->removeInterest();
 }
 
+String CConstant::name() const {
+    const String& driverName = getDriverName();
+    const size_t prefix = std::char_traits<char>::length(DRIVER_NAME_PREFIX);
+    if (driverName.length() < prefix) return String();
+    return String(driverName.data() + prefix, driverName.length() - prefix);
+}
+
 String CConstant::getName() const {
-    return m_name;
+    return name();
 }
 
 String CConstant::getDescription() const {
@@ -130,18 +133,26 @@ Value CConstant::getValue() const {
 }
 
 void CConstant::onValueChanged(const Value& oldValue, const Value& newValue) {
-    SYSEVENT_LOG_AT_VERBOSITY(1, "[%s] %s -> %s", m_name.c_str(), oldValue.toString().c_str(),
+    SYSEVENT_LOG_AT_VERBOSITY(1, "[%s] %s -> %s", name().c_str(), oldValue.toString().c_str(),
                               newValue.toString().c_str());
     if (m_valueObservers.empty()) return;
     // A callback may destroy this object (through the Repository); it lives
     // until the delivery is over. An object still under construction (no
     // reference yet) is not counted, so that this cannot delete it.
     VXPtr<CConstant> self(getRefCount() > 0 ? this : nullptr);
-    ObserverEvent<IRead> event(VXPPtr<IRead>(static_cast<IRead*>(this)));
+    IRead* const source = static_cast<IRead*>(this);
+    ObserverEvent<IRead> event{VXPPtr<IRead>(source)};
     event << oldValue << newValue;
-    m_valueObservers.notify([&event](IReadObserver* observer) {
-        ObserverEvent<IRead> copy = event;
-        observer->onValueChanged(copy);
+    // Each observer gets the event as its own copy would be: an event that
+    // the previous observer only read is rewound, one it changed (bytes made,
+    // source replaced) is built again. A copy per observer would cost a
+    // reference on the source each.
+    m_valueObservers.notify([&](IReadObserver* observer) {
+        if (!event.rewind(source)) {
+            event = ObserverEvent<IRead>(VXPPtr<IRead>(source));
+            event << oldValue << newValue;
+        }
+        observer->onValueChanged(event);
     });
 }
 
@@ -164,7 +175,7 @@ void CConstant::addInfoRows(InfoContainer& info, unsigned depthLimit, unsigned d
                             unsigned columnLimit, unsigned column, const String& kindKey,
                             std::initializer_list<std::pair<const char*, String>> rows) const {
     if (depth > depthLimit || column > columnLimit) return;
-    info.add(depth, column, kindKey, String::Formatted("%s", m_name.c_str()));
+    info.add(depth, column, kindKey, String::Formatted("%s", name().c_str()));
     if (depth + 1 > depthLimit) return;
     for (const auto& [key, value] : rows) {
         info.add(depth + 1, column, key, String::Formatted("%s", value.c_str()));

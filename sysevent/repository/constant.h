@@ -83,15 +83,17 @@ protected:
     void addInfoRows(InfoContainer& info, unsigned depthLimit, unsigned depth, unsigned columnLimit,
                      unsigned column, const String& kindKey,
                      std::initializer_list<std::pair<const char*, String>> rows) const;
-    // The logging name of the object (its name).
-    const String& name() const { return m_name; }
+    // The logging name of the object: its name, which its driver name holds
+    // after the common prefix (kept once per object).
+    String name() const;
     ProxyNode* proxy() const { return m_proxy.get(); }
 
     // The node this object binds its name to (a constant's value node, an
     // expression's root); null for a variable, whose value is written into
     // the proxy node itself.
     VXLWPtr<Node> m_target;
-    String m_description;
+    // Shared text holder: one word, nothing allocated for an empty one.
+    Text m_description;
 
 private:
     // NodeObserver: the proxy node's value changed.
@@ -99,7 +101,6 @@ private:
     // Moves this object's observation (and interest) to `proxy` (null: none).
     void attach(ProxyNode* proxy);
 
-    const String m_name;
     VXLWPtr<ProxyNode> m_proxy;
     ObserverList<IReadObserver> m_valueObservers;
     bool m_bindingDeferred = false;

@@ -15,7 +15,7 @@ namespace {
 
 String bindingOf(const String& name) {
     VXPPtr<IRead> object;
-    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), object).isErr()) return "#N/A! placeholder";
+    if (!DRIVER::FIND_IF(DRIVER_NAME_OF(name), object)) return "#N/A! placeholder";
     return object->getType();
 }
 
@@ -59,7 +59,7 @@ XCode EXPLAIN_VALUE(const String& name, bool fresh, VXVector<ExplainRow>& rows) 
     VXAutoLock engine(LOCK());
     rows.clear();
     VXPPtr<INode> object;
-    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), object).isErr()) {
+    if (!DRIVER::FIND_IF(DRIVER_NAME_OF(name), object)) {
         return XCode::Failure(String::Formatted("VARIABLE DOES NOT EXIST: %s", name.c_str()));
     }
     VXLWPtr<ProxyNode> root = object->getNode();

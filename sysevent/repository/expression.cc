@@ -51,11 +51,30 @@ void CExpression::removeExpressionObserver(IExpressionObserver* observer) {
 }
 
 String CExpression::getContext() const {
-    return m_context;
+    return m_context.get();
+}
+
+String CExpression::description() const {
+    if (!m_descriptionDerived) return m_description.get();
+    // As "%s := %s" would print it (up to a NUL in either), without the
+    // formatter.
+    String text(name().c_str());
+    text += " := ";
+    text += m_text.c_str();
+    return text;
 }
 
 String CExpression::getExpression() const {
-    return m_description;
+    return description();
+}
+
+String CExpression::getDescription() const {
+    return description();
+}
+
+void CExpression::updateDescription(const String& description) {
+    CConstant::updateDescription(description);
+    m_descriptionDerived = false;
 }
 
 String CExpression::getType() const {
@@ -107,12 +126,9 @@ XCode CExpression::setExpression(const String& text) {
                      rc.toString().c_str());
         return rc;
     }
-    // As "%s := %s" would print it (up to a NUL in either), without the
-    // formatter: every expression created or re-evaluated passes here.
-    m_description = String(name().c_str());
-    m_description += " := ";
-    m_description += text.c_str();
     m_text = text;
+    m_description.clear();
+    m_descriptionDerived = true;
     if (!m_expressionObservers.empty()) {
         ObserverEvent<IExpression> event(VXPPtr<IExpression>(static_cast<IExpression*>(this)));
         m_expressionObservers.notify([&event](IExpressionObserver* observer) {
@@ -145,7 +161,7 @@ InfoContainer& CExpression::getInfo(InfoContainer& info, unsigned depthLimit, un
                                     const String& prefix) const {
     addInfoRows(info, depthLimit, depth, columnLimit, column, prefix + "Expression",
                 {{"Context", m_context},
-                 {"Expression", m_description},
+                 {"Expression", description()},
                  {"Value", proxy()->getLastEvent().value.toString()}});
     return info;
 }

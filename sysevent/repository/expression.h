@@ -44,6 +44,10 @@ public:
     // INode: unbinds the name like any object, until the next re-evaluation.
     void dropNode() override;
 
+    // "<name> := <text>" of the formula in force, unless a description was
+    // given since.
+    String getDescription() const override;
+    void updateDescription(const String& description) override;
     String getType() const override;
     // Rows (prefix + "Expression", name), then Context, Expression and Value.
     InfoContainer& getInfo(InfoContainer& info, unsigned depthLimit, unsigned depth,
@@ -61,11 +65,16 @@ private:
     // Parses `text` (or reuses the graph in force when `text` is the formula
     // in force and no name it depends on changed) and binds the name to it.
     XCode bind(const String& text);
+    // The description: made from the name and the formula when it is the
+    // derived one, which every expression has and few are ever asked for.
+    String description() const;
 
-    const String m_context;
+    const Text m_context;  // one word; most expressions have none
     String m_text;
     ObserverList<IExpressionObserver> m_expressionObservers;
     bool m_busy = false;  // a setExpression of this object is running
+    // The description is "<name> := <m_text>", made when asked for.
+    bool m_descriptionDerived = false;
 };
 
 }  // namespace VX::SysEvent

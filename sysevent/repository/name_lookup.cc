@@ -18,7 +18,8 @@ XCode RepositoryNameResolver::resolve(const String& name, VXVector<VXLWPtr<Node>
         // An exact name is one object at most, found without the list that
         // a pattern's matches need; the parse holds the engine lock.
         VXPPtr<INode> object;
-        if (XCode rc = Repository::INSTANCE()->get(name, object); rc.isErr()) return rc;
+        if (XCode rc = Repository::INSTANCE()->lookUp(name, object); rc.isErr()) return rc;
+        if (!object) return XCode(XCode::GENERIC_FAILURE);
         nodes.push_back(object->getNode());
         return XCode();
     }

@@ -63,6 +63,15 @@ public:
         return *this;
     }
 
+    // Makes an event that was only read (its Values still held, no bytes
+    // made, the source still `source`) read as if new, so that the same event
+    // can stand for a fresh copy; false, changing nothing, otherwise.
+    bool rewind(const T* source) {
+        if (m_bytes || m_payload || m_source.get() != source) return false;
+        m_read = 0;
+        return true;
+    }
+
     // The next item when it is a Value held as such, marked read, or null
     // (nothing marked): a reader that only looks at it saves the copy.
     const Value* takeHeld() { return m_read < m_held ? &*m_values[m_read++] : nullptr; }

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <list>
+#include <memory>
 
 namespace VX::SysEvent {
 
@@ -18,21 +19,27 @@ public:
     // Adds a registration ahead of the others. Returns true when it is the
     // first live one (the owner then starts to be interested in its value).
     bool add(O* observer) {
-        m_registrations.push_front(Registration{observer, 1});
-        return ++m_live == 1;
+        if (!m_state) m_state = std::make_unique<State>();
+        m_state->registrations.push_front(Registration{observer, 1});
+        return ++m_state->live == 1;
     }
 
     // Withdraws the newest live registration of `observer`. Returns true when
     // that was the last live registration of any observer (the owner then
     // stops being interested); false also when `observer` had none.
     bool remove(O* observer) {
-        for (Registration& r : m_registrations) {
+        if (!m_state) return false;
+        for (Registration& r : m_state->registrations) {
             if (r.observer != observer || r.useCount == 0) continue;
             --r.useCount;
             const bool died = r.useCount == 0;
-            if (died) --m_live;
+            if (died) {
+                --m_state->live;
+                ++m_state->dead;
+            }
+            const bool none = m_state->live == 0;
             purge();
-            return died && m_live == 0;
+            return died && none;
         }
         return false;
     }
@@ -42,40 +49,53 @@ public:
     // called; those removed meanwhile are not called any more.
     template <class F>
     void notify(F&& f) {
-        ++m_depth;
-        for (auto it = m_registrations.begin(); it != m_registrations.end(); ++it) {
+        if (!m_state) return;
+        State& state = *m_state;
+        ++state.depth;
+        for (auto it = state.registrations.begin(); it != state.registrations.end(); ++it) {
             if (it->useCount > 0) f(it->observer);
         }
-        --m_depth;
+        --state.depth;
         purge();
     }
 
     // Withdraws every registration; returns true when some were live.
     bool clear() {
-        const bool hadLive = m_live > 0;
-        for (Registration& r : m_registrations) r.useCount = 0;
-        m_live = 0;
+        if (!m_state) return false;
+        const bool hadLive = m_state->live > 0;
+        for (Registration& r : m_state->registrations) r.useCount = 0;
+        m_state->live = 0;
+        m_state->dead = m_state->registrations.size();
         purge();
         return hadLive;
     }
 
-    // Erases dead registrations unless a notification is running.
+    // Erases dead registrations unless a notification is running; the list
+    // itself goes once nothing is left in it.
     void purge() {
-        if (m_depth == 0)
-            m_registrations.remove_if([](const Registration& r) { return r.useCount == 0; });
+        if (!m_state || m_state->depth != 0 || m_state->dead == 0) return;
+        m_state->registrations.remove_if([](const Registration& r) { return r.useCount == 0; });
+        m_state->dead = 0;
+        if (m_state->registrations.empty()) m_state.reset();
     }
 
-    size_t liveCount() const { return m_live; }
-    bool empty() const { return m_live == 0; }
+    size_t liveCount() const { return m_state ? m_state->live : 0; }
+    bool empty() const { return !m_state || m_state->live == 0; }
 
 private:
     struct Registration {
         O* observer;
         unsigned useCount;
     };
-    std::list<Registration> m_registrations;
-    size_t m_live = 0;
-    unsigned m_depth = 0;
+    // Most published objects are never observed: they carry one pointer
+    // until the first registration.
+    struct State {
+        std::list<Registration> registrations;
+        size_t live = 0;
+        size_t dead = 0;  // registrations at use count zero, not erased yet
+        unsigned depth = 0;
+    };
+    std::unique_ptr<State> m_state;
 };
 
 }  // namespace VX::SysEvent

@@ -54,14 +54,16 @@ ReevaluationIndex* ReevaluationIndex::INSTANCE() {
 ReevaluationIndex::ReevaluationIndex() : m_watch(new DriverWatch(*this)) {}
 
 void ReevaluationIndex::dropDependencies(Reevaluable& r) {
-    for (const String& name : r.m_names) {
-        auto it = m_byName.find(name);
-        if (it == m_byName.end()) continue;
-        VXVector<Reevaluable*>& users = it->second;
-        users.erase(std::remove(users.begin(), users.end(), &r), users.end());
-        if (users.empty()) m_byName.erase(it);
+    if (r.m_names) {
+        for (const String& name : *r.m_names) {
+            auto it = m_byName.find(name);
+            if (it == m_byName.end()) continue;
+            VXVector<Reevaluable*>& users = it->second;
+            users.erase(std::remove(users.begin(), users.end(), &r), users.end());
+            if (users.empty()) m_byName.erase(it);
+        }
+        r.m_names.reset();
     }
-    r.m_names.clear();
     if (r.m_hasPatterns) {
         std::erase_if(m_patterns, [&r](const PatternUse& use) { return use.user == &r; });
         r.m_hasPatterns = false;
@@ -72,9 +74,11 @@ void ReevaluationIndex::setDependencies(Reevaluable& r, Recording& recording) {
     dropDependencies(r);
     // The names are r's before any table entry points at r: running out of
     // memory half-way must leave forget() able to find every entry made.
-    r.m_names = std::move(recording.names);
-    r.m_names.shrink_to_fit();
-    for (const String& name : r.m_names) m_byName[name].push_back(&r);
+    if (!recording.names.empty()) {
+        r.m_names = std::make_unique<VXVector<String>>(std::move(recording.names));
+        r.m_names->shrink_to_fit();
+        for (const String& name : *r.m_names) m_byName[name].push_back(&r);
+    }
     for (const String& pattern : recording.patterns) {
         // A pattern that does not compile matches nothing, now or later.
         if (VXPtr<VXRegEx::Pattern> regex = compile(Lexer::NAME_TO_REGEX(pattern, false))) {

@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 
 #include "host/runtime/containers.h"
 #include "host/runtime/ref_counted.h"
@@ -45,7 +46,8 @@ private:
     uint64_t m_sequence;  // creation order: the order of re-evaluation
     bool m_stale = false;
     bool m_hasPatterns = false;
-    VXVector<String> m_names;  // exact names of the last successful parse
+    // Most expressions have none: the list is made for the first.
+    std::unique_ptr<VXVector<String>> m_names;  // exact names of the last successful parse
 };
 
 class ReevaluationIndex {

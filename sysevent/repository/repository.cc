@@ -146,7 +146,7 @@ XCode Repository::createVariable(const String& name, const String& description,
 XCode Repository::addVariable(const VXPtr<CVariable>& variable) try {
     if (!variable) return XCode(XCode::GENERIC_FAILURE);
     VXPPtr<INode> existing;
-    if (DRIVER::GET_IF(variable->getDriverName(), existing).isSuccess()) {
+    if (DRIVER::FIND_IF(variable->getDriverName(), existing)) {
         // The object published under the name stays the name's object and
         // takes the new description; the value is in the name's proxy node
         // already, so no formula needs to be parsed again.
@@ -224,12 +224,18 @@ bool Repository::IS_PATTERN(const String& name) {
 
 XCode Repository::find(const String& name, VXPPtr<IUnknown>& out) {
     out = nullptr;
-    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
+    if (DRIVER::FIND_IF(DRIVER_NAME_OF(name), out)) return XCode();
     return failure("VARIABLE DOES NOT EXIST: %s", name);
 }
 
 XCode Repository::get(const String& name, VXPPtr<INode>& out) {
-    if (DRIVER::GET_IF(DRIVER_NAME_OF(name), out).isSuccess()) return XCode();
+    if (XCode rc = lookUp(name, out); rc.isErr()) return rc;
+    if (out) return XCode();
+    return failure("VARIABLE DOES NOT EXIST: %s", name);
+}
+
+XCode Repository::lookUp(const String& name, VXPPtr<INode>& out) {
+    if (DRIVER::FIND_IF(DRIVER_NAME_OF(name), out)) return XCode();
     if (name.startsWith("db.")) {
         // Database fields come into being when first looked up; the
         // database tracker writes their value.
@@ -239,7 +245,7 @@ XCode Repository::get(const String& name, VXPPtr<INode>& out) {
         out = variable.get();
         return XCode();
     }
-    return failure("VARIABLE DOES NOT EXIST: %s", name);
+    return XCode();
 }
 
 XCode Repository::get(const String& name, VXPPtr<IRead>& out) {

@@ -125,6 +125,10 @@ public:
     // The published object of `name` (a "db." name is created on the fly),
     // as the wanted interface.
     XCode get(const String& name, VXPPtr<INode>& out);
+    // get() for callers to whom an unpublished name is an expected answer
+    // (the parser, which tries every name): success with `out` null then,
+    // and no failure text made. Fails only where making a "db." name fails.
+    XCode lookUp(const String& name, VXPPtr<INode>& out);
     XCode get(const String& name, VXPPtr<IRead>& out);
     XCode get(const String& name, VXPPtr<IWrite>& out);
     XCode get(const String& name, VXPPtr<IExpression>& out);

@@ -15,6 +15,7 @@
 #include "host/runtime/string.h"
 #include "host/runtime/time.h"
 #include "host/runtime/xcode.h"
+#include "sysevent/value/text.h"
 
 namespace VX::SysEvent {
 
@@ -54,10 +55,10 @@ XCode errToXCode(DataSubType st);
 
 // The payload. The numbers and times share one word (the subtype names the
 // member in use), so a value copies as its subtype, one word, the flag and,
-// for a text only, its string. The flag stays a member of its own: a bool
-// read off another kind's word need not be a valid bool. Only a DST_STRING
-// value holds text: every other value keeps `string` empty, which is what
-// lets a copy skip it. Default construction zeroes the word and the flag.
+// for a text only, its shared text block (a count, never the characters). The flag stays a member
+// of its own: a bool read off another kind's word need not be a valid bool. Only a DST_STRING value
+// holds text: every other value keeps `string` empty, which is what lets a copy skip it. Default
+// construction zeroes the word and the flag.
 struct Data {
     bool boolean = false;
     union {
@@ -65,7 +66,7 @@ struct Data {
         double flp;
         VX::Time time;
     };
-    String string;
+    Text string;
 
     Data() : uint(0) {}
     explicit Data(bool b) : boolean(b), uint(0) {}

@@ -69,9 +69,12 @@ XCode Value::unmarshal(VXMarshaller& m) {
         case DST_REL_TIME:
             if (XCode rc = m.unmarshal<VX::Time>(read.data.time); rc.isErr()) return rc;
             break;
-        case DST_STRING:
-            if (XCode rc = m.unmarshal<String>(read.data.string); rc.isErr()) return rc;
+        case DST_STRING: {
+            String text;
+            if (XCode rc = m.unmarshal<String>(text); rc.isErr()) return rc;
+            read.data.string = std::move(text);
             break;
+        }
         default:
             break;
     }

@@ -2,12 +2,13 @@
 // callable, to a replaced callback, directly, synchronously under a loop's
 // lock, and queued to an event loop (on the manual clock, dropped or kept
 // when the Observer dies, and once on the loop's real thread), plus a direct
-// callback that calls the Repository while a change is delivered, and client
-// code that throws.
+// callback that calls the Repository while a change is delivered, client
+// code that throws, and observers of the event form sharing one change.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -232,6 +233,44 @@ TEST_F(Deliveries, ThrowingClientCodeIsReportedAndEveryOtherObserverStillReceive
     EXPECT_TRUE(monitor.contains("[throw.a] Observer callback failed: boom"));
     EXPECT_TRUE(monitor.contains("[event loop] Queued callback failed: boom"));
     EXPECT_TRUE(monitor.contains("[throw.b] Observer callback failed"));
+}
+
+// Observers of the event form share one change: whatever one of them did to
+// the event it was handed (read it, made its bytes, dropped its source, left
+// it unread), each of the others still reads the whole change from its own.
+TEST_F(Deliveries, EachEventFormObserverReadsTheWholeChangeWhateverTheOthersDidToTheirs) {
+    enum Use { VALUES, BYTES_FIRST, DROP_SOURCE, UNREAD };
+    struct Reader : IReadObserver {
+        explicit Reader(Use u) : use(u) {}
+        void onValueChanged(ObserverEvent<IRead>& event) override {
+            if (use == UNREAD) return;
+            if (use == BYTES_FIRST) event.getPayload();
+            Value oldValue, newValue;
+            event >> oldValue >> newValue;
+            seen.push_back((oldValue.toString() + " -> " + newValue.toString()).str());
+            sources.push_back(event.getSource().get());
+            if (use == DROP_SOURCE) event.getSource() = nullptr;
+        }
+        Use use;
+        std::vector<std::string> seen;
+        std::vector<IRead*> sources;
+    };
+    set("event.a", 1);
+    VXPPtr<IRead> object = readOf("event.a");
+    std::vector<std::unique_ptr<Reader>> readers;
+    for (Use use : {VALUES, BYTES_FIRST, VALUES, DROP_SOURCE, UNREAD, DROP_SOURCE, VALUES}) {
+        readers.push_back(std::make_unique<Reader>(use));
+        VXLockPtr<IRead> held(object);
+        held->addValueObserver(readers.back().get(), false);
+    }
+    set("event.a", 2);
+    for (const auto& r : readers) {
+        VXLockPtr<IRead> held(object);
+        held->removeValueObserver(r.get());
+        if (r->use == UNREAD) continue;
+        EXPECT_EQ(r->seen, std::vector<std::string>{"1 -> 2"}) << r->use;
+        EXPECT_EQ(r->sources, std::vector<IRead*>{object.get()}) << r->use;
+    }
 }
 
 }  // namespace
