@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -34,10 +35,13 @@ Value read(const String& name) {
 }
 
 // One client: its own variable v, an expression e = v * 2 made beforehand,
-// and short-lived expressions of its own.
-void work(unsigned w) {
+// and short-lived expressions of its own. Half-way it waits for the watcher's
+// first read, so that at least one read overlaps the clients however the
+// threads are scheduled.
+void work(unsigned w, const std::atomic<unsigned>& reads) {
     const String context = String::Formatted("conc.w%u", w);
     for (unsigned long long j = 1; j <= ROUNDS; ++j) {
+        while (j == ROUNDS / 2 && reads.load() == 0) std::this_thread::yield();
         ASSERT_TRUE(Repository::SET_VALUE(workerName(w, "v"), Value(j)).isSuccess());
         EXPECT_EQ(read(workerName(w, "e")), Value(2 * j));
         if (j % 3 == 0) {
@@ -96,7 +100,7 @@ TEST(RepositoryConcurrency, ClientsCreateSetReadAndDestroyWhileAnotherObserves) 
     });
 
     std::vector<std::thread> clients;
-    for (unsigned w = 0; w < WORKERS; ++w) clients.emplace_back(work, w);
+    for (unsigned w = 0; w < WORKERS; ++w) clients.emplace_back(work, w, std::cref(reads));
     for (std::thread& t : clients) t.join();
     done.store(true);
     watcher.join();
