@@ -46,5 +46,6 @@ set(SYSEVENT_PUBLIC_HEADERS
     sysevent/repository/typed_accessors.h
     sysevent/sysevent.h
     sysevent/value/event.h
+    sysevent/value/text.h
     sysevent/value/value.h
 )
