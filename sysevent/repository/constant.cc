@@ -149,7 +149,7 @@ void CConstant::onValueChanged(const Value& oldValue, const Value& newValue) {
     // reference on the source each.
     m_valueObservers.notify([&](IReadObserver* observer) {
         if (!event.rewind(source)) {
-            event = ObserverEvent<IRead>(VXPPtr<IRead>(source));
+            event.reset(VXPPtr<IRead>(source));
             event << oldValue << newValue;
         }
         observer->onValueChanged(event);

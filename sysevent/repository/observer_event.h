@@ -72,6 +72,16 @@ public:
         return true;
     }
 
+    // Makes this event what `ObserverEvent(source)` would be, in place (no
+    // temporary event, whose empty buffer some compilers then misjudge).
+    void reset(VXPPtr<T> source) {
+        m_source = std::move(source);
+        m_payload.reset();
+        for (std::optional<Value>& value : m_values) value.reset();
+        m_held = m_read = 0;
+        m_bytes = false;
+    }
+
     // The next item when it is a Value held as such, marked read, or null
     // (nothing marked): a reader that only looks at it saves the copy.
     const Value* takeHeld() { return m_read < m_held ? &*m_values[m_read++] : nullptr; }
