@@ -215,12 +215,14 @@ bool Session::cmdGet(const CommandLine& cmd, Failure& failure) {
     return true;
 }
 
-bool Session::cmdEval(const CommandLine& cmd, Failure& failure) {
+// Evaluates the command's rest as an ad-hoc formula into `values`, saying so
+// when a pattern matched no name; false, with `failure` set, when the rest is
+// empty or the engine refuses the formula.
+bool Session::evaluateRest(const CommandLine& cmd, VXVector<Value>& values, Failure& failure) {
     if (cmd.rest.isEmpty()) {
         failure = Failure{cmd.restColumn, "expecting a formula"};
         return false;
     }
-    VXVector<Value> values;
     XCode rc;
     {
         VXLockPtr<Repository> repository(Repository::INSTANCE());
@@ -231,6 +233,12 @@ bool Session::cmdEval(const CommandLine& cmd, Failure& failure) {
         return false;
     }
     if (values.empty()) output_.line("(no value: the pattern matches no name)");
+    return true;
+}
+
+bool Session::cmdEval(const CommandLine& cmd, Failure& failure) {
+    VXVector<Value> values;
+    if (!evaluateRest(cmd, values, failure)) return false;
     for (const Value& value : values) output_.line("= " + value.toString());
     return true;
 }

@@ -55,21 +55,8 @@ String hex(const VXMarshaller& m) {
 }  // namespace
 
 bool Session::cmdProbe(const CommandLine& cmd, Failure& failure) {
-    if (cmd.rest.isEmpty()) {
-        failure = Failure{cmd.restColumn, "expecting a formula"};
-        return false;
-    }
     VXVector<Value> values;
-    XCode rc;
-    {
-        VXLockPtr<Repository> repository(Repository::INSTANCE());
-        rc = repository->evaluateExpression(String(), cmd.rest, values);
-    }
-    if (rc.isErr()) {
-        failure = ENGINE_FAILURE(rc, cmd.restColumn, cmd.restColumn);
-        return false;
-    }
-    if (values.empty()) output_.line("(no value: the pattern matches no name)");
+    if (!evaluateRest(cmd, values, failure)) return false;
     using Conversion = XCode (Value::*)();
     static const std::pair<const char*, Conversion> kConversions[] = {
         {"boolean", &Value::toBoolean},       {"uint", &Value::toUInt},

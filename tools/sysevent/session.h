@@ -90,6 +90,8 @@ private:
     bool cmdGet(const CommandLine& cmd, Failure& failure);
     bool cmdEval(const CommandLine& cmd, Failure& failure);
     bool cmdProbe(const CommandLine& cmd, Failure& failure);
+    bool evaluateRest(const CommandLine& cmd, VXVector<VX::SysEvent::Value>& values,
+                      Failure& failure);
     bool cmdTrace(const CommandLine& cmd, Failure& failure);
     // Removes the monitor that the trace command installed, if any.
     void endTrace();
